@@ -1,0 +1,96 @@
+// In-house XML document and node classes: one interface, pugixml behind it natively and MSXML on Windows.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/export.h"
+
+namespace zel_xml {
+struct DocumentImpl;  // back-end state, shared by a file and every node taken from it
+}
+
+// A reference to one element of a document. Copies refer to the same element; a node keeps its document alive.
+// Every operation on an invalid node is harmless: getters return their defaults, setters do nothing.
+class UC_API zelXMLNode {
+public:
+    zelXMLNode();
+    zelXMLNode(const zelXMLNode& other);
+    zelXMLNode& operator=(const zelXMLNode& other);
+    zelXMLNode(zelXMLNode&& other) noexcept;
+    zelXMLNode& operator=(zelXMLNode&& other) noexcept;
+    ~zelXMLNode();
+
+    bool isValid() const;
+    std::wstring getName() const;
+
+    // Child and sibling navigation visits elements only (text, comments and processing instructions are skipped).
+    zelXMLNode getChildByName(const wchar_t* name) const;
+    zelXMLNode getFirstChild() const;
+    zelXMLNode getNextSibling() const;
+    // Moves to the next sibling element; the node becomes invalid after the last one.
+    zelXMLNode& operator++();
+    // Appends a child element and returns it (invalid when this node is invalid or the name is not a valid XML name).
+    zelXMLNode createElement(const wchar_t* name) const;
+
+    bool hasAttribute(const wchar_t* name) const;
+    std::wstring getAttribute(const wchar_t* name, const wchar_t* defaultValue = L"") const;
+    // Whole decimal integers only; an absent attribute or one that is not such a number yields the default.
+    int getAttributeInt(const wchar_t* name, const int& defaultValue) const;
+    // In/out form: `value` is left unchanged when the attribute is absent or not a number.
+    void getAttributeInt(const wchar_t* name, int& value) const;
+    double getAttributeDouble(const wchar_t* name, double defaultValue) const;
+
+    void setAttribute(const wchar_t* name, const wchar_t* value) const;
+    void setAttribute(const wchar_t* name, const std::wstring& value) const { setAttribute(name, value.c_str()); }
+    void setAttributeInt(const wchar_t* name, int value) const;
+    // Written in fixed-point notation with `decimals` digits after the point ("%.2f" for 2).
+    void setAttributeDouble(const wchar_t* name, double value, int decimals) const;
+
+    // Text content of the element.
+    std::wstring getText() const;
+    void setText(const wchar_t* text) const;
+    // The element's text as a whole decimal integer, or `defaultValue`.
+    int getInt(int defaultValue = 0) const;
+
+private:
+    friend class zelXMLFile;
+    friend struct zel_xml::DocumentImpl;
+    zelXMLNode(std::shared_ptr<zel_xml::DocumentImpl> doc, void* node);
+
+    std::shared_ptr<zel_xml::DocumentImpl> m_doc;
+    void* m_node = nullptr;  // back-end element handle (a pugixml node, or an AddRef'ed IXMLDOMElement*)
+};
+
+// One XML document: read from a file or a string, or created new; saved back to a file.
+class UC_API zelXMLFile {
+public:
+    zelXMLFile();
+    ~zelXMLFile();
+    zelXMLFile(const zelXMLFile&) = delete;
+    zelXMLFile& operator=(const zelXMLFile&) = delete;
+
+    // Reads a file (UTF-8 or UTF-16 with byte-order mark, or the encoding its declaration names).
+    // False, with getLastError set, on a missing, empty or malformed file; the previous document is dropped.
+    bool open(const wchar_t* path, bool preserveWhitespace = false);
+    bool open(const std::wstring& path, bool preserveWhitespace = false) { return open(path.c_str(), preserveWhitespace); }
+    bool loadXML(const std::wstring& text);
+    // Replaces the document by an empty one with the given root element (and an XML declaration when asked).
+    bool newDocument(const wchar_t* rootName, bool withDeclaration = true);
+
+    bool isOpen() const;
+    zelXMLNode getRootElement() const;
+    // First element in document order named `elementName` whose attribute `attributeName` equals `value`.
+    zelXMLNode findElementByAttribute(const wchar_t* elementName, const wchar_t* attributeName,
+                                      const wchar_t* value) const;
+
+    // Writes the document, indented, as UTF-8 with a declaration (UTF-16 when the document declares it).
+    bool save(const wchar_t* path) const;
+    bool save(const std::wstring& path) const { return save(path.c_str()); }
+    std::wstring getXML() const;
+    std::wstring getLastError() const;
+
+private:
+    std::shared_ptr<zel_xml::DocumentImpl> m_doc;
+    std::wstring m_error;
+};

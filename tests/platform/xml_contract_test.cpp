@@ -1,0 +1,161 @@
+// Behaviour every XML back-end must share: navigation, attributes, failures, encodings and save round trips.
+#include <gtest/gtest.h>
+
+#include "platform/xml.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+const char* kSample =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<Styles>\n"
+    "  <!-- comment between elements -->\n"
+    "  <style id=\"1\" name=\"first\" w=\"12\" d=\"0.25\" bad=\"12abc\" big=\"99999999999\"/>\n"
+    "  text that is not an element\n"
+    "  <style id=\"2\" name=\"second\"><inner name=\"first\"/></style>\n"
+    "  <style id=\"3\" name=\"first\"/>\n"
+    "</Styles>\n";
+
+TEST(XmlContract, NavigatesElementsOnlyAndEndsInvalid) {
+    zelXMLFile file;
+    ASSERT_TRUE(file.loadXML(L"<r><a/>t<!--c--><?pi x?><b/><c/></r>")) << file.getLastError();
+    zelXMLNode n = file.getRootElement().getFirstChild();
+    std::wstring names;
+    for (; n.isValid(); ++n) names += n.getName();
+    EXPECT_EQ(names, L"abc");
+    // Every operation on the invalid node past the end is harmless.
+    EXPECT_FALSE(n.getFirstChild().isValid());
+    EXPECT_EQ(n.getAttribute(L"x", L"def"), L"def");
+    EXPECT_EQ(n.getAttributeInt(L"x", 7), 7);
+    EXPECT_FALSE(n.createElement(L"y").isValid());
+    n.setAttribute(L"x", L"1");
+    EXPECT_FALSE(file.getRootElement().getChildByName(L"missing").isValid());
+    EXPECT_EQ(file.getRootElement().getChildByName(L"b").getName(), L"b");
+}
+
+TEST(XmlContract, AttributesWithDefaultsAndStrictNumbers) {
+    zelXMLFile file;
+    ASSERT_TRUE(file.loadXML(std::wstring(kSample, kSample + std::char_traits<char>::length(kSample))));
+    zelXMLNode s = file.getRootElement().getFirstChild();
+    EXPECT_EQ(s.getAttribute(L"name"), L"first");
+    EXPECT_EQ(s.getAttribute(L"none", L"dflt"), L"dflt");
+    EXPECT_EQ(s.getAttributeInt(L"w", 0), 12);
+    EXPECT_EQ(s.getAttributeInt(L"bad", -5), -5) << "trailing garbage is not a number";
+    EXPECT_EQ(s.getAttributeInt(L"big", -5), -5) << "out of the 32-bit range";
+    EXPECT_DOUBLE_EQ(s.getAttributeDouble(L"d", 1.0), 0.25);
+    EXPECT_DOUBLE_EQ(s.getAttributeDouble(L"name", 1.5), 1.5);
+
+    int inout = 42;
+    s.getAttributeInt(L"absent", inout);
+    EXPECT_EQ(inout, 42);
+    s.getAttributeInt(L"bad", inout);
+    EXPECT_EQ(inout, 42);
+    s.getAttributeInt(L"w", inout);
+    EXPECT_EQ(inout, 12);
+}
+
+TEST(XmlContract, FindElementByAttributeIsFirstInDocumentOrder) {
+    zelXMLFile file;
+    ASSERT_TRUE(file.loadXML(std::wstring(kSample, kSample + std::char_traits<char>::length(kSample))));
+    zelXMLNode first = file.findElementByAttribute(L"style", L"name", L"first");
+    EXPECT_EQ(first.getAttributeInt(L"id", 0), 1);
+    // Another element name with the same attribute value is not a match.
+    EXPECT_EQ(file.findElementByAttribute(L"inner", L"name", L"first").getName(), L"inner");
+    EXPECT_EQ(file.findElementByAttribute(L"style", L"name", L"second").getAttributeInt(L"id", 0), 2);
+    EXPECT_FALSE(file.findElementByAttribute(L"style", L"name", L"nobody").isValid());
+}
+
+TEST(XmlContract, BadFilesFailClearly) {
+    uc::test::TempDir dir;
+    zelXMLFile file;
+    EXPECT_FALSE(file.open(dir.file(L"missing.xml")));
+    EXPECT_FALSE(file.getLastError().empty());
+    EXPECT_FALSE(file.open(dir.write(L"empty.xml", "")));
+    EXPECT_FALSE(file.open(dir.write(L"trunc.xml", "<Styles><style id=\"1\">")));
+    EXPECT_FALSE(file.open(dir.write(L"text.xml", "this is not xml at all")));
+    EXPECT_FALSE(file.open(dir.write(L"binary.xml", std::string("\x00\x01\x02<a/>", 7))));
+    EXPECT_FALSE(file.isOpen());
+    EXPECT_FALSE(file.getRootElement().isValid());
+    EXPECT_FALSE(file.findElementByAttribute(L"a", L"b", L"c").isValid());
+    EXPECT_FALSE(file.save(dir.file(L"out.xml")));
+    // A failed open drops the previous document rather than leaving stale nodes behind.
+    ASSERT_TRUE(file.loadXML(L"<ok/>"));
+    EXPECT_FALSE(file.open(dir.file(L"missing.xml")));
+    EXPECT_FALSE(file.getRootElement().isValid());
+}
+
+TEST(XmlContract, ReadsUtf8AndUtf16Files) {
+    uc::test::TempDir dir;
+    // "Größe" with a character outside the BMP in an attribute.
+    const std::string utf8 = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><r t=\"Gr\xC3\xB6\xC3\x9F" "e \xF0\x9F\x98\x80\"/>";
+    zelXMLFile a;
+    ASSERT_TRUE(a.open(dir.write(L"u8.xml", utf8))) << a.getLastError();
+    const std::wstring expected = std::wstring(L"Gr\u00F6\u00DFe ") + (sizeof(wchar_t) == 2 ? std::wstring(L"\xD83D\xDE00") : std::wstring(1, static_cast<wchar_t>(0x1F600)));
+    EXPECT_EQ(a.getRootElement().getAttribute(L"t"), expected);
+
+    std::string utf16 = "\xFF\xFE";
+    const std::u16string body = u"<?xml version=\"1.0\" encoding=\"UTF-16\"?><r t=\"\u00E9t\u00E9\"><c/></r>";
+    for (char16_t c : body) {
+        utf16 += static_cast<char>(c & 0xFF);
+        utf16 += static_cast<char>(c >> 8);
+    }
+    zelXMLFile b;
+    ASSERT_TRUE(b.open(dir.write(L"u16.xml", utf16))) << b.getLastError();
+    EXPECT_EQ(b.getRootElement().getAttribute(L"t"), L"\u00E9t\u00E9");
+    // Saved back and re-read, the text survives whatever encoding the back-end writes.
+    ASSERT_TRUE(b.save(dir.file(L"u16-out.xml")));
+    zelXMLFile c;
+    ASSERT_TRUE(c.open(dir.file(L"u16-out.xml"))) << c.getLastError();
+    EXPECT_EQ(c.getRootElement().getAttribute(L"t"), L"\u00E9t\u00E9");
+    EXPECT_TRUE(c.getRootElement().getChildByName(L"c").isValid());
+}
+
+TEST(XmlContract, NewDocumentBuildsAndSavesRoundTrip) {
+    uc::test::TempDir dir;
+    zelXMLFile file;
+    EXPECT_FALSE(file.newDocument(L"bad name"));
+    ASSERT_TRUE(file.newDocument(L"Styles"));
+    zelXMLNode root = file.getRootElement();
+    EXPECT_EQ(root.getName(), L"Styles");
+    zelXMLNode s = root.createElement(L"style");
+    EXPECT_FALSE(root.createElement(L"1bad").isValid());
+    s.setAttributeInt(L"id", -3);
+    s.setAttribute(L"name", L"a <b> & \"c\"");
+    s.setAttributeDouble(L"pos", 0.125, 2);
+    s.setAttributeDouble(L"neg", -1.005, 1);
+    s.setAttribute(L"name2", std::wstring(L"x"));
+    s.setAttributeInt(L"id", 4);  // overwrite, not duplicate
+    zelXMLNode t = s.createElement(L"text");
+    t.setText(L"  57 ");
+    ASSERT_TRUE(file.save(dir.file(L"out.xml")));
+
+    zelXMLFile back;
+    ASSERT_TRUE(back.open(dir.file(L"out.xml"))) << back.getLastError();
+    zelXMLNode b = back.getRootElement().getFirstChild();
+    EXPECT_EQ(b.getAttributeInt(L"id", 0), 4);
+    EXPECT_EQ(b.getAttribute(L"name"), L"a <b> & \"c\"");
+    EXPECT_EQ(b.getAttribute(L"pos"), L"0.12");  // round half to even on the binary value 0.125
+    EXPECT_EQ(b.getAttribute(L"neg"), L"-1.0");
+    EXPECT_EQ(b.getChildByName(L"text").getInt(-1), 57);
+    EXPECT_EQ(b.getInt(-1), -1);
+    const std::wstring xml = back.getXML();
+    EXPECT_NE(xml.find(L"<style"), std::wstring::npos);
+    EXPECT_EQ(xml.find(L"id=\"4\"", xml.find(L"id=\"4\"") + 1), std::wstring::npos) << "attribute written twice";
+}
+
+TEST(XmlContract, NodesKeepTheirDocumentAlive) {
+    zelXMLNode n;
+    {
+        zelXMLFile file;
+        ASSERT_TRUE(file.loadXML(L"<r><a v=\"1\"/></r>"));
+        n = file.getRootElement().getFirstChild();
+    }
+    EXPECT_TRUE(n.isValid());
+    EXPECT_EQ(n.getAttributeInt(L"v", 0), 1);
+    zelXMLNode copy = n;
+    ++n;
+    EXPECT_FALSE(n.isValid());
+    EXPECT_TRUE(copy.isValid()) << "advancing one node must not move its copies";
+}
+
+}  // namespace
