@@ -1,0 +1,18 @@
+// Entry point of uctool: wide arguments on every platform, output as UTF-8 (console code page on Windows).
+#include <clocale>
+#include <iostream>
+
+#include "command.h"
+#include "platform/text.h"
+
+#ifdef _WIN32
+int wmain(int argc, wchar_t** argv) {
+    uctool::Args args(argv + 1, argv + argc);
+#else
+int main(int argc, char** argv) {
+    std::setlocale(LC_ALL, "C.UTF-8");
+    uctool::Args args;
+    for (int i = 1; i < argc; ++i) args.push_back(uc::FromUtf8(argv[i]));
+#endif
+    return uctool::Dispatch(args, std::wcout, std::wcerr);
+}
