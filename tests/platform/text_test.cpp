@@ -65,3 +65,16 @@ TEST(Parse, WholeNumbersOnlyWithinRange) {
 }
 
 }  // namespace
+
+#include "platform/numeric.h"
+
+namespace {
+TEST(Numeric, RoundHalvesAwayFromZeroAndSaturates) {
+    EXPECT_EQ(vex_utils::round(2.5), 3);
+    EXPECT_EQ(vex_utils::round(-2.5), -3);
+    EXPECT_EQ(vex_utils::round(2.4999), 2);
+    EXPECT_EQ(vex_utils::round(1e300), INT_MAX);
+    EXPECT_EQ(vex_utils::round(-1e300), INT_MIN);
+    EXPECT_EQ(vex_utils::round(std::nan("")), 0);
+}
+}  // namespace
