@@ -26,8 +26,15 @@ fi
 marker="$(mktemp /tmp/uc-run-XXXXXX)"
 export UC_RUN_MARKER="$(to_win "$marker")"
 wineserver -p >/dev/null 2>&1 || true
-wine "$@"
+# Wine's helper processes (services.exe, explorer.exe, ...) started by a run outlive it and inherit its
+# output; holding CTest's pipe open they would make CTest wait for the time-out. Output goes via files.
+out="$(mktemp /tmp/uc-out-XXXXXX)"
+err="$(mktemp /tmp/uc-err-XXXXXX)"
+wine "$@" >"$out" 2>"$err" </dev/null
 rc=$?
+cat "$out"
+cat "$err" >&2
+rm -f "$out" "$err"
 if [ ! -s "$marker" ]; then
   echo "wine-run: Wine did not start $1 (no 32-bit Wine, or a broken prefix)" >&2
   rc=127
