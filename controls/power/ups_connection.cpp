@@ -1,0 +1,52 @@
+// The UPS link: letter commands out, received bytes collected and cut into replies at the carriage return.
+#include "power/ups_connection.h"
+
+#include "platform/logger.h"
+#include "power/ups_protocol.h"
+
+namespace ups = uc::power::ups;
+
+CUPSConnection::CUPSConnection(uc::Clock& clock)
+    : m_clock(clock), m_dataEvent(false, false, clock), m_buffer(BufferSize) {}
+
+CUPSConnection::~CUPSConnection() { Close(true); }
+
+unsigned int CUPSConnection::BufferedBytes() const {
+    CriticalSectionLock lock(m_bufferLock);
+    return m_buffer.GetValidCount();
+}
+
+void CUPSConnection::Tokenize(CCircularBuffer& received) {
+    CriticalSectionLock lock(m_bufferLock);
+    m_buffer.ConsumeValid(received);
+    if (!m_buffer.IsEmpty()) m_dataEvent.Set();
+}
+
+bool CUPSConnection::SendCommand(unsigned char command, unsigned char* reply, unsigned int replyLength) {
+    if (!IsOpen() || reply == nullptr || replyLength == 0) return false;
+    CriticalSectionLock commandLock(m_commandLock);
+    const unsigned char bytes[2] = {command, ups::CarriageReturn};
+    if (!SendData(bytes, 2)) {
+        UC_LOG(zelLogger::Failure)(L"SendCommand - SendData failed");
+        return false;
+    }
+    for (;;) {
+        if (!m_dataEvent.Wait(uc::Millis(ReplyTimeoutMs))) return false;
+        CriticalSectionLock bufferLock(m_bufferLock);
+        unsigned int size = 0;
+        switch (ups::TakeReply(m_buffer, replyLength, reply, size)) {
+            case ups::ReplyResult::Reply:
+                return true;
+            case ups::ReplyResult::TooLong:
+                return false;
+            case ups::ReplyResult::NoData:
+                UC_LOG(zelLogger::Failure)(L"SendCommand - Data event triggered with no data");
+                break;
+            case ups::ReplyResult::ReadError:
+                UC_LOG(zelLogger::Failure)(L"SendCommand - CCircularBuffer read error");
+                break;
+            case ups::ReplyResult::NeedMore:
+                break;
+        }
+    }
+}
