@@ -201,14 +201,13 @@ bool tMultiStopBrush::operator==(const tMultiStopBrush& o) const { return rotate
 
 void tMultiStopBrush::Load(const zelXMLNode& b) {
     rotate = static_cast<float>(b.getAttributeInt(L"rotate", 90));
-    // The stop count comes from "position"; without it the stops stay as they were and only their colours merge.
-    if (b.hasAttribute(L"position")) {
-        const std::vector<std::wstring> parts = SplitCommas(CutToBuffer(b.getAttribute(L"position")));
-        stops.resize(parts.size());
-        for (std::size_t i = 0; i < parts.size(); ++i) {
-            double p = 0.0;
-            stops[i].position = uc::ParseDouble(parts[i], p) && std::isfinite(p) ? ToFloat(p) : 0.0f;
-        }
+    // The stop count comes from "position" (absent or empty: no stops, as Store writes a brush without stops).
+    // Stops that existed before keep their colours where the state lists do not reach; new stops start at zero.
+    const std::vector<std::wstring> parts = SplitCommas(CutToBuffer(b.getAttribute(L"position")));
+    stops.resize(parts.size());
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        double p = 0.0;
+        stops[i].position = uc::ParseDouble(parts[i], p) && std::isfinite(p) ? ToFloat(p) : 0.0f;
     }
     for (int s = 0; s < tButtonStyle::kNamedStates; ++s) {
         const std::wstring& state = tButtonStyle::StateName(s);

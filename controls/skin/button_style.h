@@ -71,7 +71,7 @@ struct UC_API tMultiStopBrush {
     void Reset(const ColorState (&colours)[RibbonItem::kSlots]);
     bool operator==(const tMultiStopBrush& other) const;
     bool operator!=(const tMultiStopBrush& other) const { return !(*this == other); }
-    // "position" gives the number of stops ("0.00,0.30,..."); "enabled", "disabled", "clicked" and "pressed"
+    // "position" gives the number of stops ("0.00,0.30,..."; absent or empty: none); "enabled", "disabled", "clicked" and "pressed"
     // give that state's colours ("200 255 0 0,..."). Each list is cut to 199 characters, as the console's
     // reader always did: a list longer than that loses its tail.
     void Load(const zelXMLNode& brush);

@@ -300,6 +300,9 @@ TEST(ButtonStyle, MultiStopListsAndTheirLimits) {
     // An empty position list means no stops; garbage positions read as 0.
     ASSERT_TRUE(s.Load(Parse(f, LR"(<style><color><brush id="2" position=""/></color></style>)")));
     EXPECT_TRUE(s.multiStopBrush.stops.empty());
+    tButtonStyle fresh;
+    ASSERT_TRUE(fresh.Load(Parse(f, LR"(<style><color><brush id="2" rotate="10" enabled="1 1 1 1"/></color></style>)")));
+    EXPECT_TRUE(fresh.multiStopBrush.stops.empty()) << "no position list: no stops, as a stop-less brush is stored";
     ASSERT_TRUE(s.Load(Parse(f, LR"(<style><color><brush id="2" position="x,nan,0.7"/></color></style>)")));
     ASSERT_EQ(s.multiStopBrush.stops.size(), 3u);
     EXPECT_EQ(s.multiStopBrush.stops[0].position, 0.0f);

@@ -1,5 +1,7 @@
 // Entry point of uctool: wide arguments on every platform, output as UTF-8 (console code page on Windows).
 #include <clocale>
+#include <cstdio>
+#include <cstdlib>
 #include <iostream>
 
 #include "command.h"
@@ -14,5 +16,11 @@ int main(int argc, char** argv) {
     uctool::Args args;
     for (int i = 1; i < argc; ++i) args.push_back(uc::FromUtf8(argv[i]));
 #endif
+    // The Wine wrapper takes a missing marker for a program that never started.
+    if (const char* marker = std::getenv("UC_RUN_MARKER"); marker && *marker)
+        if (std::FILE* f = std::fopen(marker, "w")) {
+            std::fputs("started\n", f);
+            std::fclose(f);
+        }
     return uctool::Dispatch(args, std::wcout, std::wcerr);
 }
