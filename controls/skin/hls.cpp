@@ -17,10 +17,12 @@ int HueToChannel(int hue, int mid1, int mid2) {
         hue -= kHlsMax;
     else if (hue < 0)
         hue += kHlsMax;
-    if (hue < 40) return mid1 + ((mid2 - mid1) * hue + 20) / 40;
-    if (hue < 120) return mid2;
-    if (hue < 160) return mid1 + ((mid2 - mid1) * (160 - hue) + 20) / 40;
-    return mid1;
+    // The boundaries 40 and 120 belong to the sloped parts: it matters once mid2 < mid1 (luminance past 240),
+    // where the rounding of the slope no longer lands exactly on mid2.
+    if (hue > 160) return mid1;
+    if (hue > 120) hue = 160 - hue;
+    else if (hue > 40) return mid2;
+    return mid1 + (hue * (mid2 - mid1) + 20) / 40;
 }
 
 std::uint32_t Rgb(int r, int g, int b) {

@@ -10,8 +10,8 @@ namespace uc::skin {
 // `colorref` is a GDI COLORREF (0x00BBGGRR). Hue, luminance and saturation run 0-240; a grey has hue 160.
 UC_API void ColorRGBToHLS(std::uint32_t colorref, std::uint16_t* hue, std::uint16_t* luminance,
                           std::uint16_t* saturation);
-// Inputs are 16-bit like the Windows WORD parameters; values above 240 are not clamped, and results
-// outside 0-255 keep their low byte per channel, as the shell function does.
+// Inputs are 16-bit like the Windows WORD parameters. A luminance above 240 is not clamped and channels
+// outside 0-255 keep their low byte, as the shell function does; hue and saturation are expected in 0-240.
 UC_API std::uint32_t ColorHLSToRGB(std::uint16_t hue, std::uint16_t luminance, std::uint16_t saturation);
 
 // ARGB colour with its luminance multiplied by `factor` (truncated to an integer) through the two conversions

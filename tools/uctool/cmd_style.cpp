@@ -108,7 +108,7 @@ int DroppedCount(const StyleLoadReport& report) {
 GalleryLayout::GalleryLayout(int styles, int faceWidth, int faceHeight)
     : faceWidth(std::max(8, faceWidth)), faceHeight(std::max(8, faceHeight)), rows(std::max(0, styles)) {
     cellWidth = this->faceWidth + 2 * kGap;
-    cellHeight = std::max(this->faceHeight, 2 * kLineHeight) + 2 * kGap;
+    cellHeight = std::max(this->faceHeight, 4 * kLineHeight + 4) + 2 * kGap;  // four label lines
     width = kLabelWidth + kStates * cellWidth + kGap;
     height = kHeaderHeight + rows * cellHeight + kGap;
 }
@@ -208,15 +208,17 @@ bool SavePng(Bitmap& bitmap, const std::wstring& path) {
     auto* codecs = reinterpret_cast<ImageCodecInfo*>(buffer.data());
     GetImageEncoders(count, size, codecs);
     for (UINT i = 0; i < count; ++i)
-        if (std::wstring(codecs[i].MimeType) == L"image/png") return bitmap.Save(path.c_str(), &codecs[i].Clsid) == Ok;
+        if (std::wstring(codecs[i].MimeType) == L"image/png") return bitmap.Save(path.c_str(), &codecs[i].Clsid, nullptr) == Ok;
     return false;
 }
 
-// A GDI+ font of the face name, falling back to the generic sans serif when the face is not installed.
+// A GDI+ font of the face name, else of the first installed stand-in (a Wine prefix may have no Tahoma).
 std::unique_ptr<Font> MakeFont(const std::wstring& face, REAL pixels, INT style) {
-    auto font = std::make_unique<Font>(face.c_str(), pixels, style, UnitPixel);
-    if (font->GetLastStatus() != Ok) font = std::make_unique<Font>(FontFamily::GenericSansSerif(), pixels, style, UnitPixel);
-    return font;
+    for (const wchar_t* name : {face.c_str(), L"Tahoma", L"Liberation Sans", L"DejaVu Sans", L"Arial"}) {
+        auto font = std::make_unique<Font>(name, pixels, style, UnitPixel);
+        if (font->GetLastStatus() == Ok) return font;
+    }
+    return std::make_unique<Font>(FontFamily::GenericSansSerif(), pixels, style, UnitPixel);
 }
 
 int RenderGallery(StyleRepository& repo, const std::wstring& target, int fw, int fh, std::wostream& out,
@@ -267,6 +269,9 @@ int RenderGallery(StyleRepository& repo, const std::wstring& target, int fw, int
             centred.SetAlignment(StringAlignmentCenter);
             centred.SetLineAlignment(StringAlignmentCenter);
             for (int state = 0; state < GalleryLayout::kStates; ++state) {
+                // A mid-grey backdrop so that light and dark captions and translucent faces all show.
+                SolidBrush backdrop(Color(255, 172, 178, 188));
+                g.FillRectangle(&backdrop, layout.FaceX(state) - 4, y - 4, layout.faceWidth + 8, layout.faceHeight + 8);
                 g.TranslateTransform(static_cast<REAL>(layout.FaceX(state)), static_cast<REAL>(y));
                 st.DrawFace(g, Rect(0, 0, layout.faceWidth, layout.faceHeight), state);
                 SolidBrush text(Color(st.colours[state].textColour));
@@ -295,7 +300,7 @@ int Gallery(Args args, std::wostream& out, std::wostream& err) {
     TakeOption(args, L"--size", size);
     TakeOption(args, L"--console-type", console);
     const bool left = TakeFlag(args, L"--left");
-    int fw = 140, fh = 48, consoleType = 0;
+    int fw = 150, fh = 56, consoleType = 0;
     if (args.size() != 1 || target.empty() || (!size.empty() && !ParseSize(size, fw, fh)) ||
         (!console.empty() && !uc::ParseInt(console, consoleType))) {
         err << kUsage << L"\n";

@@ -24,10 +24,11 @@ TEST(HlsShellParity, RgbToHlsOverACube) {
 }
 
 TEST(HlsShellParity, HlsToRgbInAndOutOfRange) {
-    // Luminance past 240 happens when the clicked and pressed states brighten a face colour.
-    for (int h = 0; h <= 250; h += 5)
-        for (int l = 0; l <= 500; l += 7)
-            for (int s = 0; s <= 250; s += 10)
+    // Luminance past 240 happens when the clicked and pressed states brighten a face colour; hue and
+    // saturation always come from ColorRGBToHLS, so 0-240.
+    for (int h = 0; h <= 240; h += 5)
+        for (int l = 0; l <= 600; l += 3)
+            for (int s = 0; s <= 240; s += 8)
                 ASSERT_EQ(::ColorHLSToRGB(h, l, s), uc::skin::ColorHLSToRGB(h, l, s)) << h << "," << l << "," << s;
 }
 
