@@ -275,7 +275,13 @@ private:
             attrs->get_length(&count);
             for (long i = 0; i < count; ++i) {
                 ComPtr<IXMLDOMNode> a;
-                if (attrs->get_item(i, a.put()) == S_OK && a) Attribute(NameOf(a.get()), ValueOf(a.get()));
+                if (attrs->get_item(i, a.put()) != S_OK || !a) continue;
+                const std::wstring attrName = NameOf(a.get());
+                const std::wstring value = ValueOf(a.get());
+                // An empty prefixed namespace declaration is not valid XML 1.0; it can only be one the
+                // DOM made up for an element created with a prefix, which the file never had.
+                if (value.empty() && attrName.rfind(L"xmlns:", 0) == 0) continue;
+                Attribute(attrName, value);
             }
         }
         ComPtr<IXMLDOMNode> child = Kept(FirstChild(n));
@@ -311,7 +317,10 @@ private:
             switch (c) {
             case L'&': out += L"&amp;"; break;
             case L'<': out += L"&lt;"; break;
-            case L'>': out += L"&gt;"; break;
+            case L'>':
+                if (attribute) out += c;
+                else out += L"&gt;";
+                break;
             case L'"':
                 if (attribute) out += L"&quot;";
                 else out += c;
@@ -414,9 +423,10 @@ std::shared_ptr<DocumentImpl> Parse(const std::wstring& text, bool preserveWhite
     const HRESULT hr = d->doc->loadXML(Bstr(text).get(), &ok);
     if (FAILED(hr) || ok != VARIANT_TRUE) {
         ComPtr<IXMLDOMParseError> pe;
-        long line = 0, column = 0;
+        long line = 0, column = 0, code = 0;
         Bstr reason;
         if (d->doc->get_parseError(pe.put()) == S_OK && pe) {
+            pe->get_errorCode(&code);
             pe->get_line(&line);
             pe->get_linepos(&column);
             pe->get_reason(reason.put());
@@ -424,7 +434,9 @@ std::shared_ptr<DocumentImpl> Parse(const std::wstring& text, bool preserveWhite
         std::wstring why = reason.str();
         while (!why.empty() && IsBlank(why.back())) why.pop_back();
         if (why.empty()) why = L"malformed document";
-        error = L"XML error at line " + std::to_wstring(line) + L", column " + std::to_wstring(column) + L": " + why;
+        // Some MSXML implementations (Wine's) report no position; the error code still tells the cause.
+        error = line > 0 ? L"XML error at line " + std::to_wstring(line) + L", column " + std::to_wstring(column) + L": " + why
+                         : uc::Format(L"XML error 0x%08lX: %s", static_cast<unsigned long>(code), why.c_str());
         return nullptr;
     }
     if (!d->root()) {
