@@ -63,7 +63,13 @@ bool BatteryConnection::WaitForAcknowledge(unsigned char replyCode, unsigned cha
     auto event = std::make_unique<uc::Event>(false, false, m_clock);
     {
         CriticalSectionLock lock(m_lock);
-        if (FindAndRemoveAck(replyCode, length, data)) return true;
+        // Replies already announced to earlier waiters are theirs: a newcomer takes one at once only
+        // when the list holds more replies of this code than have been promised.
+        std::size_t replies = 0, promised = 0;
+        for (const Reply& r : m_replies) replies += r.code == replyCode;
+        for (auto it = m_waiters.lower_bound(replyCode); it != m_waiters.end() && it->first == replyCode; ++it)
+            promised += it->second.woken;
+        if (replies > promised && FindAndRemoveAck(replyCode, length, data)) return true;
         m_waiters.emplace(replyCode, Waiter{event.get(), false});  // after any equal keys: waits are served in order
     }
     event->Wait(uc::Millis(timeoutMs));

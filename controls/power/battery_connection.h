@@ -33,6 +33,7 @@ protected:
     // Sends one command frame; false for a missing data pointer (logged) or a failed send.
     bool SendCommand(unsigned char command, unsigned char length, unsigned char* data);
     // Delivers the oldest reply with `replyCode`, waiting up to `timeoutMs` for one. `data` holds 255 bytes.
+    // A reply that arrived while others were already waiting for this code is left to them.
     bool WaitForAcknowledge(unsigned char replyCode, unsigned char& length, unsigned char* data,
                             unsigned long timeoutMs);
     // Takes the oldest reply with `replyCode` out of the list. Caller holds the lock.

@@ -1,6 +1,7 @@
 // IPowerMonitor: where the console's power comes from, how much charge is left and how urgent a warning is.
 #pragma once
 
+#include "platform/clock.h"
 #include "platform/export.h"
 
 class UC_API IPowerMonitor {
@@ -18,4 +19,6 @@ public:
     // A UPS candidate that fails is deliberately not destroyed: it stays registered as the process's
     // UPS instance with its link closed, so later static shutdown requests are refused.
     static IPowerMonitor* Create();
+    // The same with the reply time-outs measured on `clock` (tests drive it by hand).
+    static IPowerMonitor* Create(uc::Clock& clock);
 };

@@ -1,6 +1,7 @@
 // The UPS power monitor: thresholds, port search and handshake, status queries, shutdown orders.
 #include "power/ups_monitor.h"
 
+#include <atomic>
 #include <cstring>
 #include <mutex>
 #include <string>
@@ -20,14 +21,23 @@ std::recursive_mutex g_instanceMutex;
 CUPSMonitor* g_instance = nullptr;
 
 const wchar_t* const kStatusSection = L"Settings\\Status";
+std::atomic<long long> g_defaultSettleMs{25};
 }  // namespace
+
+void CUPSMonitor::SetDefaultSettleTime(uc::Millis pause) { g_defaultSettleMs = pause.count(); }
+
+bool CUPSMonitor::HasRegisteredInstance() {
+    std::lock_guard<std::recursive_mutex> g(g_instanceMutex);
+    return g_instance != nullptr;
+}
 
 CUPSMonitor::CUPSMonitor(uc::Clock& clock)
     : m_thresholdOne(vex_utils::GetProfileIntW(kStatusSection, L"UPSThresholdOne", 35)),
       m_thresholdTwo(vex_utils::GetProfileIntW(kStatusSection, L"UPSThresholdTwo", 20)),
       m_thresholdThree(vex_utils::GetProfileIntW(kStatusSection, L"UPSThresholdThree", 10)),
       m_connection(clock),
-      m_clock(clock) {
+      m_clock(clock),
+      m_settle(g_defaultSettleMs.load()) {
     std::lock_guard<std::recursive_mutex> g(g_instanceMutex);
     g_instance = this;
 }

@@ -33,8 +33,12 @@ public:
     int GetThresholdTwo() const { return m_thresholdTwo; }
     int GetThresholdThree() const { return m_thresholdThree; }
     int GetPort() const { return m_connection.GetPort(); }
-    // The pause between opening a port and the handshake, 25 ms, which lets the UPS settle.
+    // The pause between opening a port and the handshake (25 ms) that lets the UPS settle; the default
+    // applies to monitors constructed afterwards.
     void SetSettleTime(uc::Millis pause) { m_settle = pause; }
+    static void SetDefaultSettleTime(uc::Millis pause);
+    // True while some monitor is registered for the static shutdown calls.
+    static bool HasRegisteredInstance();
     // Tries only `port` (service tools that know where the UPS is).
     bool ConnectOnPort(int port) { return TestUPSPort(port); }
 
@@ -55,5 +59,5 @@ private:
     bool SendShutdownCommand(unsigned char command);
 
     uc::Clock& m_clock;
-    uc::Millis m_settle{25};
+    uc::Millis m_settle;
 };

@@ -14,7 +14,12 @@ CSerialConnection::~CSerialConnection() {
 bool CSerialConnection::Open(int port, int baud) {
     std::lock_guard<std::mutex> state(m_stateMutex);
     if (m_open) return false;
-    if (m_thread.joinable()) m_thread.join();  // left behind by a Close from the receiving thread
+    if (m_thread.joinable()) {
+        // Left behind by a Close from the receiving thread: finish it and release its port first.
+        m_thread.join();
+        std::lock_guard<std::mutex> w(m_writeMutex);
+        m_backend.reset();
+    }
     DCB dcb{};
     uc::serial::DefaultLineSetup(dcb, baud);
     SetupDCB(dcb);

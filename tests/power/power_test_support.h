@@ -1,0 +1,93 @@
+// Shared pieces of the power tests: a connection with its protected parts opened up, and a device fixture.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <future>
+#include <string>
+#include <vector>
+
+#include "platform/clock.h"
+#include "platform/serial/test_line.h"
+#include "power/battery_connection.h"
+#include "power/simulator/simulator_host.h"
+
+namespace uc::test {
+
+using namespace std::chrono_literals;
+
+class OpenBatteryConnection : public BatteryConnection {
+public:
+    using BatteryConnection::BatteryConnection;
+    using BatteryConnection::FindAndRemoveAck;
+    using BatteryConnection::FindCommand;
+    using BatteryConnection::SendCommand;
+    using BatteryConnection::Tokenize;
+    using BatteryConnection::WaitForAcknowledge;
+};
+
+// A future that must become ready without anyone advancing the clock: bounded in real time.
+template <class T>
+bool ReadySoon(std::future<T>& f, std::chrono::milliseconds limit = 10s) {
+    return f.wait_for(limit) == std::future_status::ready;
+}
+template <class T>
+bool StillWaiting(std::future<T>& f) {
+    return f.wait_for(0ms) == std::future_status::timeout;
+}
+
+// Polls a condition in real time, for state another thread reaches (never a fixed sleep).
+template <class F>
+bool Eventually(F&& condition, std::chrono::milliseconds limit = 10s) {
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) return false;
+        std::this_thread::yield();
+    }
+    return true;
+}
+
+// Skips a test body when this build cannot make device lines.
+#define UC_REQUIRE_LINES()                                      \
+    do {                                                        \
+        std::string why_;                                       \
+        if (!uc::test::LinesAvailable(&why_)) GTEST_SKIP() << why_; \
+    } while (0)
+
+}  // namespace uc::test
+
+namespace uc::test {
+
+// Points the application and system profiles at throw-away stores for the test's lifetime
+// (native: INI files in a temporary folder; Windows: a private key under HKEY_CURRENT_USER, and
+// "System"/"_IsUpdating" in win.ini is cleared again at the end).
+class ProfileSandbox {
+public:
+    ProfileSandbox();
+    ~ProfileSandbox();
+    ProfileSandbox(const ProfileSandbox&) = delete;
+    ProfileSandbox& operator=(const ProfileSandbox&) = delete;
+
+private:
+    std::wstring m_location;
+    std::wstring m_previous;
+};
+
+// The device lookups of this test see no devices at all (empty fake sysfs / registry tree), or, after
+// AddBatteryBridge, the battery module's bridge on line `port`.
+class DeviceTreeSandbox {
+public:
+    DeviceTreeSandbox();
+    ~DeviceTreeSandbox();
+    DeviceTreeSandbox(const DeviceTreeSandbox&) = delete;
+    DeviceTreeSandbox& operator=(const DeviceTreeSandbox&) = delete;
+    // Makes the battery bridge (0x10C4/0xEA60/"0001") appear, reached through `devicePath` natively or
+    // as port `port` in the registry on Windows.
+    void AddBatteryBridge(int port, const std::wstring& devicePath);
+
+private:
+    std::wstring m_root;
+};
+
+}  // namespace uc::test
