@@ -2,8 +2,8 @@
 #pragma once
 
 #ifdef _WIN32
-struct _DCB;
-typedef _DCB DCB;
+// The full structure: the portable connection code creates DCBs by value.
+#include <windows.h>
 #else
 // The subset of the Win32 DCB the POSIX back-end maps onto termios; same field names and constants.
 struct DCB {
