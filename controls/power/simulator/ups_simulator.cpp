@@ -16,7 +16,7 @@ std::vector<Output> UpsSimulator::Receive(const std::uint8_t* data, std::size_t 
         const std::string line = std::move(m_line);
         m_line.clear();
         if (line.empty()) continue;
-        const char letter = line[0];
+        const char letter = line.back();  // noise before the letter is ignored, as the UPS does
         ++m_commands[letter];
         std::optional<std::string> reply;
         auto& script = m_script[letter];
