@@ -107,15 +107,15 @@ bool StyleRepository::LoadDocument(const zelXMLFile& file) {
         StyleLoadEntry entry;
         entry.element = position;
         entry.tag = child.getName();
-        entry.name = child.getAttribute(L"name");
-        entry.id = child.getAttributeInt(L"id", -1);
         auto style = std::make_unique<tButtonStyle>();
         if (LoadStyle(style.get(), child, entry)) {
             entry.id = style->id;
-            if (m_styles.count(style->id))
-                entry.outcome = StyleLoadEntry::DuplicateId;  // the first one in the file wins
-            else
-                m_styles.emplace(style->id, std::move(style));
+            entry.name = style->name;
+            // The first style of an id wins; a later one is dropped.
+            if (!m_styles.try_emplace(style->id, std::move(style)).second) entry.outcome = StyleLoadEntry::DuplicateId;
+        } else {
+            entry.name = child.getAttribute(L"name");
+            entry.id = child.getAttributeInt(L"id", -1);
         }
         m_report.entries.push_back(std::move(entry));
     }

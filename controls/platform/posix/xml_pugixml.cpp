@@ -1,6 +1,8 @@
 // XML back-end of the non-Windows builds, over pugixml.
 #include <pugixml.hpp>
 
+#include <charconv>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 
@@ -31,6 +33,61 @@ bool IsXmlName(const std::wstring& name) {
     if (!start(name[0])) return false;
     for (wchar_t c : name)
         if (!(start(c) || c == L'-' || c == L'.' || (c >= L'0' && c <= L'9'))) return false;
+    return true;
+}
+
+// A name as UTF-8, without a heap copy when it is short ASCII (every name the library uses).
+class Utf8Key {
+public:
+    explicit Utf8Key(const wchar_t* name) {
+        std::size_t n = 0;
+        for (; name[n] && n < sizeof m_buffer - 1; ++n) {
+            if (name[n] > 0x7F) break;
+            m_buffer[n] = static_cast<char>(name[n]);
+        }
+        if (name[n] == 0) {
+            m_buffer[n] = '\0';
+        } else {
+            m_long = ToUtf8(name);
+        }
+    }
+    const char* c_str() const { return m_long.empty() ? m_buffer : m_long.c_str(); }
+
+private:
+    char m_buffer[64];
+    std::string m_long;
+};
+
+pugi::xml_attribute Attribute(pugi::xml_node node, const wchar_t* name) {
+    Utf8Key key(name);
+    return node.attribute(key.c_str());
+}
+
+// UTF-8 to wide, straight through for ASCII text.
+std::wstring Widen(const char* text) {
+    std::size_t n = 0;
+    while (text[n] && static_cast<unsigned char>(text[n]) < 0x80) ++n;
+    if (text[n] != 0) return FromUtf8(text);
+    return std::wstring(text, text + n);
+}
+
+// The rules of uc::ParseInt / uc::ParseDouble applied to the UTF-8 value in place: surrounding blanks allowed,
+// ASCII only, one optional '+' that is not followed by '-', the whole text a number.
+template <class T>
+bool ParseNumber(const char* text, T& value) {
+    const char* b = text;
+    const char* e = text + std::strlen(text);
+    auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+    while (b < e && blank(*b)) ++b;
+    while (e > b && blank(e[-1])) --e;
+    if (b == e) return false;
+    for (const char* p = b; p < e; ++p)
+        if (static_cast<unsigned char>(*p) > 0x7F) return false;
+    if (*b == '+' && e - b > 1 && b[1] != '-') ++b;
+    T v{};
+    auto [ptr, ec] = std::from_chars(b, e, v);
+    if (ec != std::errc() || ptr != e) return false;
+    value = v;
     return true;
 }
 
@@ -65,11 +122,12 @@ zelXMLNode::~zelXMLNode() = default;
 
 bool zelXMLNode::isValid() const { return m_node != nullptr; }
 
-std::wstring zelXMLNode::getName() const { return m_node ? FromUtf8(Node(m_node).name()) : std::wstring(); }
+std::wstring zelXMLNode::getName() const { return m_node ? Widen(Node(m_node).name()) : std::wstring(); }
 
 zelXMLNode zelXMLNode::getChildByName(const wchar_t* name) const {
     if (!m_node || !name) return {};
-    return zelXMLNode(m_doc, Node(m_node).child(ToUtf8(name).c_str()).internal_object());
+    Utf8Key key(name);
+    return zelXMLNode(m_doc, Node(m_node).child(key.c_str()).internal_object());
 }
 
 zelXMLNode zelXMLNode::getFirstChild() const {
@@ -83,7 +141,8 @@ zelXMLNode zelXMLNode::getNextSibling() const {
 }
 
 zelXMLNode& zelXMLNode::operator++() {
-    *this = getNextSibling();
+    if (m_node) m_node = NextElement(Node(m_node).next_sibling()).internal_object();
+    if (!m_node) m_doc.reset();
     return *this;
 }
 
@@ -93,13 +152,13 @@ zelXMLNode zelXMLNode::createElement(const wchar_t* name) const {
 }
 
 bool zelXMLNode::hasAttribute(const wchar_t* name) const {
-    return m_node && name && Node(m_node).attribute(ToUtf8(name).c_str());
+    return m_node && name && Attribute(Node(m_node), name);
 }
 
 std::wstring zelXMLNode::getAttribute(const wchar_t* name, const wchar_t* defaultValue) const {
     if (m_node && name) {
-        pugi::xml_attribute a = Node(m_node).attribute(ToUtf8(name).c_str());
-        if (a) return FromUtf8(a.value());
+        pugi::xml_attribute a = Attribute(Node(m_node), name);
+        if (a) return Widen(a.value());
     }
     return defaultValue ? defaultValue : L"";
 }
@@ -111,14 +170,17 @@ int zelXMLNode::getAttributeInt(const wchar_t* name, const int& defaultValue) co
 }
 
 void zelXMLNode::getAttributeInt(const wchar_t* name, int& value) const {
-    if (!hasAttribute(name)) return;
+    if (!m_node || !name) return;
+    const pugi::xml_attribute a = Attribute(Node(m_node), name);
     int v = 0;
-    if (uc::ParseInt(getAttribute(name), v)) value = v;
+    if (a && ParseNumber(a.value(), v)) value = v;
 }
 
 double zelXMLNode::getAttributeDouble(const wchar_t* name, double defaultValue) const {
+    if (!m_node || !name) return defaultValue;
+    const pugi::xml_attribute a = Attribute(Node(m_node), name);
     double v = defaultValue;
-    if (hasAttribute(name) && uc::ParseDouble(getAttribute(name), v)) return v;
+    if (a && ParseNumber(a.value(), v)) return v;
     return defaultValue;
 }
 
