@@ -17,7 +17,8 @@ public:
 
     // The battery module if one answers, else the UPS if one answers, else null. Owned by the caller.
     // A UPS candidate that fails is deliberately not destroyed: it stays registered as the process's
-    // UPS instance with its link closed, so later static shutdown requests are refused.
+    // UPS instance with its link closed, so later static shutdown requests are refused. (Only the
+    // latest such candidate is kept, so repeated searches do not pile them up.)
     static IPowerMonitor* Create();
     // The same with the reply time-outs measured on `clock` (tests drive it by hand).
     static IPowerMonitor* Create(uc::Clock& clock);
