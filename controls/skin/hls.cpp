@@ -72,11 +72,13 @@ std::uint32_t ColorHLSToRGB(std::uint16_t hue, std::uint16_t luminance, std::uin
         return Rgb(grey, grey, grey);
     }
     // The intermediate values are 16-bit unsigned in the shell function; out-of-range inputs wrap the same way.
+    // Products in 64 bits: two 16-bit inputs may not fit an int.
+    const std::int64_t s = saturation, l = luminance;
     std::uint16_t mid2;
-    if (luminance > kHlsMax / 2)
-        mid2 = static_cast<std::uint16_t>(saturation + luminance - (saturation * luminance + kHlsMax / 2) / kHlsMax);
+    if (l > kHlsMax / 2)
+        mid2 = static_cast<std::uint16_t>(s + l - (s * l + kHlsMax / 2) / kHlsMax);
     else
-        mid2 = static_cast<std::uint16_t>(((saturation + kHlsMax) * luminance + kHlsMax / 2) / kHlsMax);
+        mid2 = static_cast<std::uint16_t>(((s + kHlsMax) * l + kHlsMax / 2) / kHlsMax);
     const std::uint16_t mid1 = static_cast<std::uint16_t>(luminance * 2 - mid2);
     auto channel = [&](int h) {
         return static_cast<std::uint16_t>((HueToChannel(h, mid1, mid2) * kRgbMax + kHlsMax / 2) / kHlsMax);
