@@ -255,6 +255,7 @@ bool ParseHex(const std::wstring& text, std::vector<std::uint8_t>& bytes) {
     return true;
 }
 
+#ifndef _WIN32
 // Lays out a fake sysfs and /dev with the battery bridge's identity pointing at `device`; returns its root.
 std::wstring FakeBatteryTree(const std::wstring& device) {
     const fs::path root = fs::temp_directory_path() / ("uc-power-sim-" + std::to_string(std::rand()) + "-" +
@@ -271,6 +272,7 @@ std::wstring FakeBatteryTree(const std::wstring& device) {
     fs::create_symlink(uc::ToFsPath(device), root / "dev" / "ttyUSB0");
     return uc::FromFsPath(root);
 }
+#endif
 
 int Simulate(Args args, std::wostream& out, std::wostream& err) {
     if (args.empty() || (args[0] != L"battery" && args[0] != L"ups")) {

@@ -33,4 +33,7 @@ int StartSimulator(uc::power::sim::SimulatorHost& host, int index, int baud);
 // The port number of line `index` without starting anything.
 int LinePort(int index);
 
+// Whether a second open of a busy port fails here (not under Wine, which does not enforce it).
+bool PortsAreExclusive();
+
 }  // namespace uc::test

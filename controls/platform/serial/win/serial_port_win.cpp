@@ -35,20 +35,21 @@ public:
     int Read(unsigned char* dest, unsigned int capacity) override {
         for (;;) {
             if (::WaitForSingleObject(m_cancel.get(), 0) == WAIT_OBJECT_0) return 0;
-            // Wait for a received character. Some drivers (Wine's among them) complete this at once
-            // without an event; the read below then blocks instead, so the loop never spins.
             DWORD events = 0, transferred = 0;
             bool cancelled = false;
-            OVERLAPPED wov{};
-            wov.hEvent = m_waitEvent.get();
-            ::ResetEvent(wov.hEvent);
-            if (!::WaitCommEvent(m_port.get(), &events, &wov)) {
-                const DWORD err = ::GetLastError();
-                if (err == ERROR_IO_PENDING) {
-                    if (!WaitOverlapped(m_port.get(), wov, m_cancel.get(), transferred, cancelled))
-                        return cancelled ? 0 : -1;
-                } else {
-                    return -1;
+            if (m_useCommEvents) {
+                // Wait for a received character. Some drivers (Wine's on pseudo-terminals among them)
+                // complete this at once or fail it; the read below then blocks instead, so the loop never spins.
+                OVERLAPPED wov{};
+                wov.hEvent = m_waitEvent.get();
+                ::ResetEvent(wov.hEvent);
+                if (!::WaitCommEvent(m_port.get(), &events, &wov)) {
+                    if (::GetLastError() != ERROR_IO_PENDING) {
+                        m_useCommEvents = false;
+                    } else if (!WaitOverlapped(m_port.get(), wov, m_cancel.get(), transferred, cancelled)) {
+                        if (cancelled) return 0;
+                        m_useCommEvents = false;
+                    }
                 }
             }
             OVERLAPPED rov{};
@@ -57,8 +58,7 @@ public:
             DWORD got = 0;
             if (!::ReadFile(m_port.get(), dest, capacity, &got, &rov)) {
                 if (::GetLastError() != ERROR_IO_PENDING) return -1;
-                if (!WaitOverlapped(m_port.get(), rov, m_cancel.get(), got, cancelled))
-                    return cancelled ? 0 : -1;
+                if (!WaitOverlapped(m_port.get(), rov, m_cancel.get(), got, cancelled)) return cancelled ? 0 : -1;
             }
             if (got > 0) return static_cast<int>(got);
             if (!(events & EV_RXCHAR)) {
@@ -93,6 +93,7 @@ private:
     UniqueKernelHandle m_readEvent;
     UniqueKernelHandle m_waitEvent;
     UniqueKernelHandle m_writeEvent;
+    bool m_useCommEvents = true;  // only the receiving thread touches it
 };
 
 }  // namespace

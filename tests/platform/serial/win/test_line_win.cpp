@@ -1,19 +1,16 @@
-// Test serial lines over pseudo-terminals (native) or socat-joined COM port pairs (Wine).
-#include "platform/serial/test_line.h"
+// Test lines under Wine: COM port pairs joined by socat, announced in UC_TEST_COM_PAIRS.
+#include <windows.h>
 
 #include <cstdlib>
 #include <sstream>
 #include <vector>
 
 #include "platform/serial/port_map.h"
+#include "platform/serial/test_line.h"
 #include "platform/text.h"
-#ifndef _WIN32
-#include "platform/serial/posix/pty.h"
-#endif
 
 namespace uc::test {
 
-#ifdef _WIN32
 namespace {
 std::vector<std::pair<int, int>> Pairs() {
     std::vector<std::pair<int, int>> out;
@@ -60,33 +57,11 @@ int StartSimulator(uc::power::sim::SimulatorHost& host, int index, int baud) {
     if (!host.StartOnPort(pairs[static_cast<std::size_t>(index)].second, baud)) return -1;
     return pairs[static_cast<std::size_t>(index)].first;
 }
-#else
-void IsolateSerialPorts() {
-    uc::serial::SetPortFallbackPattern(L"");
-    uc::serial::SetPortDirectory(L"/nonexistent/uc-test-serial");
+
+bool PortsAreExclusive() {
+    // Windows refuses a second open of a COM port; Wine does not enforce that.
+    HMODULE ntdll = ::GetModuleHandleW(L"ntdll.dll");
+    return !(ntdll && ::GetProcAddress(ntdll, "wine_get_version"));
 }
-
-bool LinesAvailable(std::string*) { return true; }
-
-int LinePort(int index) { return 10 + index; }
-
-bool OpenRawLine(int index, RawLine& line) {
-    IsolateSerialPorts();
-    uc::serial::PtyPair pair;
-    if (!uc::serial::OpenPty(pair)) return false;
-    line.port = LinePort(index);
-    uc::serial::MapPort(line.port, uc::FromUtf8(pair.slavePath));
-    line.hold = std::make_shared<uc::UniqueFd>(std::move(pair.slave));
-    line.device = uc::serial::AdoptDescriptor(std::move(pair.master));
-    return line.device != nullptr;
-}
-
-int StartSimulator(uc::power::sim::SimulatorHost& host, int index, int) {
-    IsolateSerialPorts();
-    if (!host.StartPty()) return -1;
-    uc::serial::MapPort(LinePort(index), host.DevicePath());
-    return LinePort(index);
-}
-#endif
 
 }  // namespace uc::test
