@@ -7,7 +7,7 @@
 namespace ups = uc::power::ups;
 
 CUPSConnection::CUPSConnection(uc::Clock& clock)
-    : m_clock(clock), m_dataEvent(false, false, clock), m_buffer(BufferSize) {}
+    : m_dataEvent(false, false, clock), m_buffer(BufferSize) {}
 
 CUPSConnection::~CUPSConnection() { Close(true); }
 

@@ -28,7 +28,6 @@ protected:
     void Tokenize(CCircularBuffer& received) override;
 
 private:
-    uc::Clock& m_clock;
     CriticalSection m_commandLock;         // one command and its reply; taken before m_bufferLock
     mutable CriticalSection m_bufferLock;  // m_buffer
     uc::Event m_dataEvent;                 // auto-reset: bytes were received

@@ -1,0 +1,92 @@
+// Round trip of GetBatteryStatus against the simulated module over a pty, beside a bare write-then-read of the same bytes.
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <vector>
+
+#include "platform/serial/port_map.h"
+#include "platform/serial/posix/pty.h"
+#include "platform/text.h"
+#include "power/battery_connection.h"
+#include "power/battery_protocol.h"
+#include "power/simulator/battery_simulator.h"
+#include "power/simulator/simulator_host.h"
+
+namespace {
+namespace bp = uc::power::battery;
+
+// The baseline: the same 4 command bytes and 43 reply bytes through one pty pair, on one thread.
+void BM_BareWriteThenRead(benchmark::State& state) {
+    uc::serial::PtyPair pair;
+    if (!uc::serial::OpenPty(pair)) {
+        state.SkipWithError("no pty");
+        return;
+    }
+    const std::vector<unsigned char> command = bp::EncodeCommand(bp::StatusCommand);
+    const std::vector<unsigned char> reply = bp::EncodeReply(bp::StatusReply, std::vector<unsigned char>(39, 0x11));
+    unsigned char buffer[256];
+    auto readAll = [&](int fd, std::size_t count) {
+        std::size_t got = 0;
+        while (got < count) {
+            pollfd p{fd, POLLIN, 0};
+            ::poll(&p, 1, 1000);
+            const ssize_t n = ::read(fd, buffer, sizeof buffer);
+            if (n > 0) got += static_cast<std::size_t>(n);
+        }
+    };
+    for (auto _ : state) {
+        (void)!::write(pair.slave.get(), command.data(), command.size());
+        readAll(pair.master.get(), command.size());
+        (void)!::write(pair.master.get(), reply.data(), reply.size());
+        readAll(pair.slave.get(), reply.size());
+    }
+}
+BENCHMARK(BM_BareWriteThenRead)->UseRealTime()->Unit(benchmark::kMicrosecond);
+
+// A bare client of the simulator: the same bytes written to and read from the simulator's pty on one
+// thread, without the connection's receiving thread, reply list or event.
+void BM_BareClientOfTheSimulator(benchmark::State& state) {
+    uc::power::sim::BatteryModuleSimulator module;
+    uc::power::sim::SimulatorHost host(module);
+    if (!host.StartPty()) {
+        state.SkipWithError("no pty");
+        return;
+    }
+    uc::UniqueFd fd(::open(uc::ToUtf8(host.DevicePath()).c_str(), O_RDWR | O_NOCTTY));
+    const std::vector<unsigned char> command = bp::EncodeCommand(bp::StatusCommand);
+    unsigned char buffer[256];
+    for (auto _ : state) {
+        (void)!::write(fd.get(), command.data(), command.size());
+        std::size_t got = 0;
+        while (got < 43) {
+            const ssize_t n = ::read(fd.get(), buffer, sizeof buffer);
+            if (n <= 0) break;
+            got += static_cast<std::size_t>(n);
+        }
+    }
+}
+BENCHMARK(BM_BareClientOfTheSimulator)->UseRealTime()->Unit(benchmark::kMicrosecond);
+
+// The product path: framing, the simulator's reader, the connection's receiving thread, the waiter's event.
+void BM_GetBatteryStatus(benchmark::State& state) {
+    uc::power::sim::BatteryModuleSimulator module;
+    uc::power::sim::SimulatorHost host(module);
+    if (!host.StartPty()) {
+        state.SkipWithError("no pty");
+        return;
+    }
+    uc::serial::MapPort(90, host.DevicePath());
+    BatteryConnection link;
+    if (!link.Open(90, 38400)) {
+        state.SkipWithError("cannot open the simulator's port");
+        return;
+    }
+    BatteryStatus status;
+    for (auto _ : state)
+        if (!link.GetBatteryStatus(status)) state.SkipWithError("no reply");
+}
+BENCHMARK(BM_GetBatteryStatus)->UseRealTime()->Unit(benchmark::kMicrosecond);
+
+}  // namespace
