@@ -20,7 +20,8 @@ public:
     explicit BatteryConnection(uc::Clock& clock = uc::Clock::System());
     ~BatteryConnection() override;
 
-    // Ping; true only for a one-byte reply holding 0.
+    // Ping; true only for a one-byte reply holding 0. Both queries fail at once when the command
+    // cannot be sent (port closed, device gone) rather than wait for a reply that cannot come.
     bool PingBattery();
     // Reads one status record; false (and `status` untouched) unless the reply holds exactly 39 bytes.
     bool GetBatteryStatus(BatteryStatus& status);

@@ -11,6 +11,16 @@ CUPSConnection::CUPSConnection(uc::Clock& clock)
 
 CUPSConnection::~CUPSConnection() { Close(true); }
 
+bool CUPSConnection::Open(int port, int baud) {
+    if (IsOpen()) return false;
+    {
+        CriticalSectionLock lock(m_bufferLock);
+        m_buffer.Clear();
+        m_dataEvent.Reset();
+    }
+    return CSerialConnection::Open(port, baud);
+}
+
 unsigned int CUPSConnection::BufferedBytes() const {
     CriticalSectionLock lock(m_bufferLock);
     return m_buffer.GetValidCount();

@@ -15,6 +15,10 @@ public:
     explicit CUPSConnection(uc::Clock& clock = uc::Clock::System());
     ~CUPSConnection() override;
 
+    // Opens the port with an empty reply buffer: bytes left over from a port tried before (another
+    // device during the port search) must not be taken as this UPS's first reply.
+    bool Open(int port, int baud);
+
     // Sends `command` and CR, then collects one reply of at most `replyLength` characters into `reply`
     // (not terminated; callers zero it first). False when closed, on a failed send, after 2000 ms without
     // data, or for a reply too long (discarded whole). Unasked bytes received earlier count as the

@@ -307,3 +307,32 @@ TEST(UpsHandshake, SilentPortIsClosedAgainWithItsLogLines) {
 }
 
 }  // namespace
+
+namespace {
+using namespace uc::test;
+
+TEST(UpsLink, BytesFromAPortTriedBeforeAreNotTakenAsTheNextPortsReply) {
+    UC_REQUIRE_LINES();
+    ProfileSandbox profile;
+    uc::ManualClock clock;
+    uc::power::sim::UpsSimulator noisy, real;
+    noisy.SetFaults({});
+    uc::power::sim::SimulatorHost noisyHost(noisy, clock), realHost(real, clock);
+    const int noisyPort = StartSimulator(noisyHost, 0, 2400);
+    const int realPort = StartSimulator(realHost, 1, 2400);
+    ASSERT_GE(noisyPort, 0);
+    ASSERT_GE(realPort, 0);
+    CUPSConnection link(clock);
+    ASSERT_TRUE(link.Open(noisyPort, 2400));
+    noisyHost.Inject({'0', 0x0D});
+    ASSERT_TRUE(link.WaitForReceivedCount(2, 10s));
+    ASSERT_TRUE(Eventually([&] { return link.BufferedBytes() == 2; }));
+    link.Close();
+    ASSERT_TRUE(link.Open(realPort, 2400));
+    EXPECT_EQ(link.BufferedBytes(), 0u);
+    unsigned char reply[2] = {};
+    ASSERT_TRUE(link.SendCommand('P', reply, 1));
+    EXPECT_EQ(reply[0], '1') << "the answer of this port's UPS, not the left-over '0'";
+}
+
+}  // namespace
