@@ -28,7 +28,7 @@ mkdir -p "$dos"
 # Choose free COM numbers from 40 up under a lock, so parallel test runs do not collide.
 exec 9>"$dos/.uc-com-pairs.lock"
 flock 9
-spec=""
+pairs_list=""
 n=40
 for i in $(seq 1 "$pairs"); do
   while [ -e "$dos/com$n" ] || [ -e "$dos/com$((n + 1))" ]; do n=$((n + 2)); done
@@ -46,9 +46,9 @@ for i in $(seq 1 "$pairs"); do
   ln -s "$a" "$dos/com$n"
   ln -s "$b" "$dos/com$((n + 1))"
   links+=("$dos/com$n" "$dos/com$((n + 1))")
-  spec="${spec:+$spec,}$n:$((n + 1))"
+  pairs_list="${pairs_list:+$pairs_list,}$n:$((n + 1))"
   n=$((n + 2))
 done
 flock -u 9
-export UC_TEST_COM_PAIRS="$spec"
+export UC_TEST_COM_PAIRS="$pairs_list"
 "$root/scripts/wine-run.sh" "$@"
