@@ -5,7 +5,9 @@
 set -u
 here="$(cd "$(dirname "$0")" && pwd)"
 root="$(cd "$here/../../.." && pwd)"
-export WINEPREFIX="${WINEPREFIX:-$HOME/.wine-utils-controls}"
+# A prefix of its own: its win.ini ("System"/"_IsUpdating") and dosdevices are then not shared with other
+# Windows tests that may run at the same time.
+export WINEPREFIX="${UC_COM_WINEPREFIX:-$HOME/.wine-utils-controls-com}"
 pairs="${UC_COM_PAIR_COUNT:-3}"
 dos="$WINEPREFIX/dosdevices"
 work="$(mktemp -d /tmp/uc-com-pairs-XXXXXX)"
@@ -23,6 +25,11 @@ if ! command -v socat >/dev/null; then
   echo "com-pairs: socat is missing (scripts/setup.sh installs it)" >&2
   exit 1
 fi
+mkdir -p "$(dirname "$WINEPREFIX")"
+(
+  flock 8
+  [ -f "$WINEPREFIX/system.reg" ] || "$root/scripts/wine-prefix.sh" >/dev/null
+) 8>"$WINEPREFIX.lock"
 mkdir -p "$dos"
 
 # Choose free COM numbers from 40 up under a lock, so parallel test runs do not collide.
