@@ -60,7 +60,7 @@ bool BatteryConnection::SendCommand(unsigned char command, unsigned char length,
 
 bool BatteryConnection::WaitForAcknowledge(unsigned char replyCode, unsigned char& length, unsigned char* data,
                                            unsigned long timeoutMs) {
-    auto event = std::make_unique<uc::Event>(false, false, m_clock);
+    auto event = std::make_shared<uc::Event>(false, false, m_clock);
     {
         CriticalSectionLock lock(m_lock);
         // Replies already announced to earlier waiters are theirs: a newcomer takes one at once only
@@ -70,7 +70,7 @@ bool BatteryConnection::WaitForAcknowledge(unsigned char replyCode, unsigned cha
         for (auto it = m_waiters.lower_bound(replyCode); it != m_waiters.end() && it->first == replyCode; ++it)
             promised += it->second.woken;
         if (replies > promised && FindAndRemoveAck(replyCode, length, data)) return true;
-        m_waiters.emplace(replyCode, Waiter{event.get(), false});  // after any equal keys: waits are served in order
+        m_waiters.emplace(replyCode, Waiter{event, false});  // after any equal keys: waits are served in order
     }
     event->Wait(uc::Millis(timeoutMs));
     CriticalSectionLock lock(m_lock);
@@ -78,7 +78,7 @@ bool BatteryConnection::WaitForAcknowledge(unsigned char replyCode, unsigned cha
     const bool found = FindAndRemoveAck(replyCode, length, data);
     auto range = m_waiters.equal_range(replyCode);
     for (auto it = range.first; it != range.second; ++it)
-        if (it->second.event == event.get()) {
+        if (it->second.event == event) {
             m_waiters.erase(it);
             break;
         }
@@ -101,21 +101,26 @@ void BatteryConnection::Tokenize(CCircularBuffer& received) {
     unsigned char length = 0;
     // A framing error ends this batch; the rest is examined when more data arrives.
     while (FindCommand(received, code, length, m_frame)) {
-        CriticalSectionLock lock(m_lock);
-        Reply reply;
-        reply.code = code;
-        reply.length = length;
-        std::memcpy(reply.data, m_frame, length);
-        m_replies.push_back(reply);
-        // Wake one waiter per frame: the earliest for this code that is not already woken, so a
-        // second frame arriving before the first waiter has run still reaches the next waiter.
-        for (auto it = m_waiters.lower_bound(code); it != m_waiters.end() && it->first == code; ++it) {
-            if (!it->second.woken) {
-                it->second.woken = true;
-                it->second.event->Set();
-                break;
+        std::shared_ptr<uc::Event> wake;
+        {
+            CriticalSectionLock lock(m_lock);
+            Reply reply;
+            reply.code = code;
+            reply.length = length;
+            std::memcpy(reply.data, m_frame, length);
+            m_replies.push_back(reply);
+            // Wake one waiter per frame: the earliest for this code that is not already woken, so a
+            // second frame arriving before the first waiter has run still reaches the next waiter.
+            for (auto it = m_waiters.lower_bound(code); it != m_waiters.end() && it->first == code; ++it) {
+                if (!it->second.woken) {
+                    it->second.woken = true;
+                    wake = it->second.event;
+                    break;
+                }
             }
         }
+        // Signalled outside the lock: the woken caller's first step is to take that lock.
+        if (wake) wake->Set();
     }
 }
 

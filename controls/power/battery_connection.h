@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <vector>
 
 #include "platform/clock.h"
@@ -51,7 +52,9 @@ private:
     };
 
     struct Waiter {
-        uc::Event* event;
+        // Shared so the receiving thread can signal it after releasing the lock, even if the waiter
+        // has given up and left meanwhile.
+        std::shared_ptr<uc::Event> event;
         bool woken;  // a frame has already been announced to this waiter
     };
 
