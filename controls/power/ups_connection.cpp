@@ -27,9 +27,14 @@ unsigned int CUPSConnection::BufferedBytes() const {
 }
 
 void CUPSConnection::Tokenize(CCircularBuffer& received) {
-    CriticalSectionLock lock(m_bufferLock);
-    m_buffer.ConsumeValid(received);
-    if (!m_buffer.IsEmpty()) m_dataEvent.Set();
+    bool any = false;
+    {
+        CriticalSectionLock lock(m_bufferLock);
+        m_buffer.ConsumeValid(received);
+        any = !m_buffer.IsEmpty();
+    }
+    // Signalled outside the lock: the woken caller's first step is to take it.
+    if (any) m_dataEvent.Set();
 }
 
 bool CUPSConnection::SendCommand(unsigned char command, unsigned char* reply, unsigned int replyLength) {
