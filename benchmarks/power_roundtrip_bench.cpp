@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <vector>
 
 #include "platform/serial/port_map.h"
@@ -88,5 +89,64 @@ void BM_GetBatteryStatus(benchmark::State& state) {
         if (!link.GetBatteryStatus(status)) state.SkipWithError("no reply");
 }
 BENCHMARK(BM_GetBatteryStatus)->UseRealTime()->Unit(benchmark::kMicrosecond);
+
+// The three round trips interleaved in one loop, so machine noise hits them alike; the counters are
+// the ratios of GetBatteryStatus to each baseline over the whole run.
+void BM_InterleavedRatios(benchmark::State& state) {
+    using Clock = std::chrono::steady_clock;
+    uc::power::sim::BatteryModuleSimulator moduleA, moduleB;
+    uc::power::sim::SimulatorHost hostA(moduleA), hostB(moduleB);
+    uc::serial::PtyPair pair;
+    if (!hostA.StartPty() || !hostB.StartPty() || !uc::serial::OpenPty(pair)) {
+        state.SkipWithError("no pty");
+        return;
+    }
+    uc::serial::MapPort(92, hostA.DevicePath());
+    BatteryConnection link;
+    uc::UniqueFd bare(::open(uc::ToUtf8(hostB.DevicePath()).c_str(), O_RDWR | O_NOCTTY));
+    if (!link.Open(92, 38400) || !bare) {
+        state.SkipWithError("cannot open the simulators' ports");
+        return;
+    }
+    const std::vector<unsigned char> command = bp::EncodeCommand(bp::StatusCommand);
+    const std::vector<unsigned char> reply = bp::EncodeReply(bp::StatusReply, std::vector<unsigned char>(39, 0x11));
+    unsigned char buffer[256];
+    auto readAll = [&](int fd, std::size_t count) {
+        std::size_t got = 0;
+        while (got < count) {
+            pollfd p{fd, POLLIN, 0};
+            ::poll(&p, 1, 1000);
+            const ssize_t n = ::read(fd, buffer, sizeof buffer);
+            if (n > 0) got += static_cast<std::size_t>(n);
+        }
+    };
+    Clock::duration viaLink{}, viaBareClient{}, viaWriteRead{};
+    BatteryStatus status;
+    for (auto _ : state) {
+        const auto t0 = Clock::now();
+        if (!link.GetBatteryStatus(status)) state.SkipWithError("no reply");
+        const auto t1 = Clock::now();
+        (void)!::write(bare.get(), command.data(), command.size());
+        readAll(bare.get(), reply.size());
+        const auto t2 = Clock::now();
+        (void)!::write(pair.slave.get(), command.data(), command.size());
+        readAll(pair.master.get(), command.size());
+        (void)!::write(pair.master.get(), reply.data(), reply.size());
+        readAll(pair.slave.get(), reply.size());
+        const auto t3 = Clock::now();
+        viaLink += t1 - t0;
+        viaBareClient += t2 - t1;
+        viaWriteRead += t3 - t2;
+    }
+    const double n = static_cast<double>(state.iterations());
+    state.counters["status_us"] = std::chrono::duration<double, std::micro>(viaLink).count() / n;
+    state.counters["bare_client_us"] = std::chrono::duration<double, std::micro>(viaBareClient).count() / n;
+    state.counters["write_read_us"] = std::chrono::duration<double, std::micro>(viaWriteRead).count() / n;
+    state.counters["ratio_to_bare_client"] =
+        std::chrono::duration<double>(viaLink).count() / std::chrono::duration<double>(viaBareClient).count();
+    state.counters["ratio_to_write_read"] =
+        std::chrono::duration<double>(viaLink).count() / std::chrono::duration<double>(viaWriteRead).count();
+}
+BENCHMARK(BM_InterleavedRatios)->UseRealTime()->Unit(benchmark::kMicrosecond);
 
 }  // namespace
