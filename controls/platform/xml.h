@@ -23,6 +23,8 @@ public:
 
     bool isValid() const;
     std::wstring getName() const;
+    // getName() == name, without making a copy of the name (false on an invalid node or a null name).
+    bool hasName(const wchar_t* name) const;
 
     // Child and sibling navigation visits elements only (text, comments and processing instructions are skipped).
     zelXMLNode getChildByName(const wchar_t* name) const;

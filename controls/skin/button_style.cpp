@@ -340,18 +340,17 @@ bool tButtonStyle::Load(const zelXMLNode& el) {
     name = el.getAttribute(L"name", L"");
     basename = el.getAttribute(L"basename", L"");
     for (zelXMLNode child = el.getFirstChild(); child.isValid(); ++child) {
-        const std::wstring tag = child.getName();
-        if (tag == L"shape") {
+        if (child.hasName(L"shape")) {
             shape = child.getAttributeInt(L"shape", 0);
             radius = ReadReal(child, L"radius", 10.0);
             borderRatio = ReadFloat(child, L"borderRatio", 0.18);  // single precision, as it always was read
-        } else if (tag == L"font") {
+        } else if (child.hasName(L"font")) {
             font.Load(child);
             shadowText = child.getAttributeInt(L"shadowText", 1);
             scaleText = child.getAttributeInt(L"scaleText", 0);
-        } else if (tag == L"icon") {
+        } else if (child.hasName(L"icon")) {
             iconLocation = child.getAttributeInt(L"location", 0);
-        } else if (tag == L"color") {
+        } else if (child.hasName(L"color")) {
             for (zelXMLNode c = child.getFirstChild(); c.isValid(); ++c) {
                 const std::wstring ctag = c.getName();
                 const int slot = StateIndex(ctag);

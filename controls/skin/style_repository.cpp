@@ -78,7 +78,7 @@ void StyleRepository::IndexDocument(const zelXMLFile& file) {
             if (!stack.empty()) ++stack.back();
             continue;
         }
-        if (top.getName() == L"style" && top.hasAttribute(L"name"))
+        if (top.hasName(L"style") && top.hasAttribute(L"name"))
             m_baseIndex.emplace(top.getAttribute(L"name"), top);
         zelXMLNode child = top.getFirstChild();
         if (child.isValid())

@@ -33,6 +33,25 @@ TEST(XmlContract, NavigatesElementsOnlyAndEndsInvalid) {
     EXPECT_EQ(file.getRootElement().getChildByName(L"b").getName(), L"b");
 }
 
+TEST(XmlContract, HasNameComparesWholeNames) {
+    zelXMLFile file;
+    ASSERT_TRUE(file.loadXML(L"<style><styles/><sty/><Style/><gr\u00F6\u00DFe/></style>")) << file.getLastError();
+    const zelXMLNode root = file.getRootElement();
+    EXPECT_TRUE(root.hasName(L"style"));
+    EXPECT_FALSE(root.hasName(L"styl"));
+    EXPECT_FALSE(root.hasName(L"styles"));
+    EXPECT_FALSE(root.hasName(L""));
+    EXPECT_FALSE(root.hasName(nullptr));
+    zelXMLNode n = root.getFirstChild();
+    EXPECT_TRUE(n.hasName(L"styles"));
+    EXPECT_FALSE(n.hasName(L"style"));  // a prefix of the element's name is not its name
+    EXPECT_TRUE((++n).hasName(L"sty"));
+    EXPECT_FALSE((++n).hasName(L"style"));  // names are case-sensitive
+    EXPECT_TRUE((++n).hasName(L"gr\u00F6\u00DFe"));
+    EXPECT_FALSE(n.hasName(L"gr\u00F6\u00DFf"));
+    EXPECT_FALSE((++n).hasName(L"style"));  // past the end
+}
+
 TEST(XmlContract, AttributesWithDefaultsAndStrictNumbers) {
     zelXMLFile file;
     ASSERT_TRUE(file.loadXML(std::wstring(kSample, kSample + std::char_traits<char>::length(kSample))));

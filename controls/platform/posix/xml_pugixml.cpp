@@ -124,6 +124,18 @@ bool zelXMLNode::isValid() const { return m_node != nullptr; }
 
 std::wstring zelXMLNode::getName() const { return m_node ? Widen(Node(m_node).name()) : std::wstring(); }
 
+bool zelXMLNode::hasName(const wchar_t* name) const {
+    if (!m_node || !name) return false;
+    const char* own = Node(m_node).name();
+    std::size_t i = 0;
+    for (; own[i] && name[i]; ++i) {
+        const auto c = static_cast<unsigned char>(own[i]);
+        if (c > 0x7F || name[i] > 0x7F) return Widen(own) == name;  // non-ASCII: compare decoded text
+        if (static_cast<wchar_t>(c) != name[i]) return false;
+    }
+    return own[i] == 0 && name[i] == 0;
+}
+
 zelXMLNode zelXMLNode::getChildByName(const wchar_t* name) const {
     if (!m_node || !name) return {};
     Utf8Key key(name);

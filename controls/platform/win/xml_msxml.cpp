@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <cwchar>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -490,6 +491,13 @@ zelXMLNode::~zelXMLNode() {
 bool zelXMLNode::isValid() const { return m_node != nullptr; }
 
 std::wstring zelXMLNode::getName() const { return m_node ? NameOf(El(m_node)) : std::wstring(); }
+
+bool zelXMLNode::hasName(const wchar_t* name) const {
+    if (!m_node || !name) return false;
+    Bstr own;
+    if (El(m_node)->get_nodeName(own.put()) != S_OK || !own.get()) return false;
+    return std::wcscmp(own.get(), name) == 0;
+}
 
 zelXMLNode zelXMLNode::getChildByName(const wchar_t* name) const {
     if (!m_node || !name) return {};
