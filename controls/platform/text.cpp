@@ -160,21 +160,21 @@ std::wstring FormatV(const wchar_t* format, va_list args) {
             ++p;
             continue;
         }
-        std::string spec = "%";
-        while (*p && std::wcschr(L"-+ #0", *p)) spec += static_cast<char>(*p++);
+        std::string directive = "%";
+        while (*p && std::wcschr(L"-+ #0", *p)) directive += static_cast<char>(*p++);
         if (*p == L'*') {
-            spec += std::to_string(va_arg(ap, int));
+            directive += std::to_string(va_arg(ap, int));
             ++p;
         } else {
-            while (*p >= L'0' && *p <= L'9') spec += static_cast<char>(*p++);
+            while (*p >= L'0' && *p <= L'9') directive += static_cast<char>(*p++);
         }
         if (*p == L'.') {
-            spec += static_cast<char>(*p++);
+            directive += static_cast<char>(*p++);
             if (*p == L'*') {
-                spec += std::to_string(va_arg(ap, int));
+                directive += std::to_string(va_arg(ap, int));
                 ++p;
             } else {
-                while (*p >= L'0' && *p <= L'9') spec += static_cast<char>(*p++);
+                while (*p >= L'0' && *p <= L'9') directive += static_cast<char>(*p++);
             }
         }
         enum { kInt, kLong, kLongLong, kShort, kSize, kMax } len = kInt;
@@ -224,7 +224,7 @@ std::wstring FormatV(const wchar_t* format, va_list args) {
         case L'X':
         case L'o': {
             const bool isSigned = conv == L'd' || conv == L'i';
-            std::string f = spec + "ll" + static_cast<char>(conv);
+            std::string f = directive + "ll" + static_cast<char>(conv);
             long long sv = 0;
             unsigned long long uv = 0;
             switch (len) {
@@ -252,7 +252,7 @@ std::wstring FormatV(const wchar_t* format, va_list args) {
         case L'E':
         case L'g':
         case L'G': {
-            std::string f = spec + static_cast<char>(conv);
+            std::string f = directive + static_cast<char>(conv);
             std::snprintf(buf, sizeof buf, f.c_str(), va_arg(ap, double));
             emit(buf);
             break;
@@ -282,16 +282,16 @@ std::wstring FormatV(const wchar_t* format, va_list args) {
                 s = v ? v : L"(null)";
             }
             // Width and precision count characters, applied here rather than by snprintf.
-            std::size_t dot = spec.find('.');
+            std::size_t dot = directive.find('.');
             if (dot != std::string::npos) {
-                std::size_t prec = static_cast<std::size_t>(std::atoi(spec.c_str() + dot + 1));
+                std::size_t prec = static_cast<std::size_t>(std::atoi(directive.c_str() + dot + 1));
                 if (s.size() > prec) s.resize(prec);
             }
-            const bool left = spec.find('-') != std::string::npos;
+            const bool left = directive.find('-') != std::string::npos;
             std::size_t w = 0;
-            for (std::size_t k = 1; k < spec.size() && k < dot; ++k) {
-                if (spec[k] >= '1' && spec[k] <= '9') {
-                    w = static_cast<std::size_t>(std::atoi(spec.c_str() + k));
+            for (std::size_t k = 1; k < directive.size() && k < dot; ++k) {
+                if (directive[k] >= '1' && directive[k] <= '9') {
+                    w = static_cast<std::size_t>(std::atoi(directive.c_str() + k));
                     break;
                 }
             }

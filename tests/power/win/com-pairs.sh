@@ -28,7 +28,7 @@ fi
 mkdir -p "$(dirname "$WINEPREFIX")"
 (
   flock 8
-  [ -f "$WINEPREFIX/system.reg" ] || "$root/scripts/wine-prefix.sh" >/dev/null
+  "$root/scripts/wine-prefix.sh" >/dev/null
 ) 8>"$WINEPREFIX.lock"
 mkdir -p "$dos"
 
