@@ -18,6 +18,18 @@
 namespace {
 namespace bp = uc::power::battery;
 
+// Reads until `count` bytes have arrived on `fd` (the bytes themselves are not needed).
+void ReadAll(int fd, std::size_t count) {
+    unsigned char buffer[256];
+    std::size_t got = 0;
+    while (got < count) {
+        pollfd p{fd, POLLIN, 0};
+        ::poll(&p, 1, 1000);
+        const ssize_t n = ::read(fd, buffer, sizeof buffer);
+        if (n > 0) got += static_cast<std::size_t>(n);
+    }
+}
+
 // The baseline: the same 4 command bytes and 43 reply bytes through one pty pair, on one thread.
 void BM_BareWriteThenRead(benchmark::State& state) {
     uc::serial::PtyPair pair;
@@ -27,21 +39,11 @@ void BM_BareWriteThenRead(benchmark::State& state) {
     }
     const std::vector<unsigned char> command = bp::EncodeCommand(bp::StatusCommand);
     const std::vector<unsigned char> reply = bp::EncodeReply(bp::StatusReply, std::vector<unsigned char>(39, 0x11));
-    unsigned char buffer[256];
-    auto readAll = [&](int fd, std::size_t count) {
-        std::size_t got = 0;
-        while (got < count) {
-            pollfd p{fd, POLLIN, 0};
-            ::poll(&p, 1, 1000);
-            const ssize_t n = ::read(fd, buffer, sizeof buffer);
-            if (n > 0) got += static_cast<std::size_t>(n);
-        }
-    };
     for (auto _ : state) {
         (void)!::write(pair.slave.get(), command.data(), command.size());
-        readAll(pair.master.get(), command.size());
+        ReadAll(pair.master.get(), command.size());
         (void)!::write(pair.master.get(), reply.data(), reply.size());
-        readAll(pair.slave.get(), reply.size());
+        ReadAll(pair.slave.get(), reply.size());
     }
 }
 BENCHMARK(BM_BareWriteThenRead)->UseRealTime()->Unit(benchmark::kMicrosecond);
@@ -110,16 +112,6 @@ void BM_InterleavedRatios(benchmark::State& state) {
     }
     const std::vector<unsigned char> command = bp::EncodeCommand(bp::StatusCommand);
     const std::vector<unsigned char> reply = bp::EncodeReply(bp::StatusReply, std::vector<unsigned char>(39, 0x11));
-    unsigned char buffer[256];
-    auto readAll = [&](int fd, std::size_t count) {
-        std::size_t got = 0;
-        while (got < count) {
-            pollfd p{fd, POLLIN, 0};
-            ::poll(&p, 1, 1000);
-            const ssize_t n = ::read(fd, buffer, sizeof buffer);
-            if (n > 0) got += static_cast<std::size_t>(n);
-        }
-    };
     Clock::duration viaLink{}, viaBareClient{}, viaWriteRead{};
     BatteryStatus status;
     for (auto _ : state) {
@@ -127,12 +119,12 @@ void BM_InterleavedRatios(benchmark::State& state) {
         if (!link.GetBatteryStatus(status)) state.SkipWithError("no reply");
         const auto t1 = Clock::now();
         (void)!::write(bare.get(), command.data(), command.size());
-        readAll(bare.get(), reply.size());
+        ReadAll(bare.get(), reply.size());
         const auto t2 = Clock::now();
         (void)!::write(pair.slave.get(), command.data(), command.size());
-        readAll(pair.master.get(), command.size());
+        ReadAll(pair.master.get(), command.size());
         (void)!::write(pair.master.get(), reply.data(), reply.size());
-        readAll(pair.slave.get(), reply.size());
+        ReadAll(pair.slave.get(), reply.size());
         const auto t3 = Clock::now();
         viaLink += t1 - t0;
         viaBareClient += t2 - t1;

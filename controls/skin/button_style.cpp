@@ -105,13 +105,12 @@ bool RibbonItem::operator==(const RibbonItem& other) const {
 }
 
 // ---- brush records ----
+// Brush flags an element leaves out keep their current value (the base's), through the in/out getAttributeInt.
 
 void tSolidBrush::Reset() { fill = 1; }
 bool tSolidBrush::operator==(const tSolidBrush& o) const { return fill == o.fill; }
 void tSolidBrush::Load(const zelXMLNode& b) {
-    int v = fill;
-    b.getAttributeInt(L"fill", v);
-    fill = v;
+    b.getAttributeInt(L"fill", fill);
 }
 void tSolidBrush::Store(const zelXMLNode& b) const { b.setAttributeInt(L"fill", fill); }
 
@@ -131,15 +130,9 @@ void tLinearBrush::Load(const zelXMLNode& b) {
     rotate = static_cast<float>(b.getAttributeInt(L"rotate", 90));
     focus = ReadFloat(b, L"focus", 0.0);
     scale = ReadFloat(b, L"scale", 1.0);
-    int v = shapeBell;
-    b.getAttributeInt(L"shapeBell", v);
-    shapeBell = v;
-    v = gamma;
-    b.getAttributeInt(L"gamma", v);
-    gamma = v;
-    v = shapeTriangle;
-    b.getAttributeInt(L"shapeTriangle", v);
-    shapeTriangle = v;
+    b.getAttributeInt(L"shapeBell", shapeBell);
+    b.getAttributeInt(L"gamma", gamma);
+    b.getAttributeInt(L"shapeTriangle", shapeTriangle);
 }
 void tLinearBrush::Store(const zelXMLNode& b) const {
     StoreWhole(b, L"rotate", rotate);
@@ -170,12 +163,8 @@ void tPathBrush::Load(const zelXMLNode& b) {
     focusx = ReadFloat(b, L"focusx", 0.5);
     focusy = ReadFloat(b, L"focusy", 0.5);
     scale = ReadFloat(b, L"scale", 1.0);
-    int v = shapeBell;
-    b.getAttributeInt(L"shapeBell", v);
-    shapeBell = v;
-    v = shapeTriangle;
-    b.getAttributeInt(L"shapeTriangle", v);
-    shapeTriangle = v;
+    b.getAttributeInt(L"shapeBell", shapeBell);
+    b.getAttributeInt(L"shapeTriangle", shapeTriangle);
 }
 void tPathBrush::Store(const zelXMLNode& b) const {
     StoreWhole(b, L"rotate", rotate);
