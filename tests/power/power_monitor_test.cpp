@@ -78,6 +78,8 @@ TEST_F(CreateTest, ModuleThatDoesNotAnswerTheLookupsPortFallsBackToTheUps) {
     uc::ManualClock clock;
     auto created = std::async(std::launch::async, [&] { return IPowerMonitor::Create(clock); });
     ASSERT_TRUE(clock.WaitForWaiters(1));  // the ping's time-out
+    // The ping must have reached the silent module before its time-out runs out.
+    ASSERT_TRUE(module.WaitForCommands(uc::power::battery::PingCommand, 1, 10s));
     clock.Advance(1000ms);
     std::unique_ptr<IPowerMonitor> monitor(created.get());
     ASSERT_NE(monitor, nullptr);
