@@ -23,7 +23,7 @@ public:
 
     bool isValid() const;
     std::wstring getName() const;
-    // getName() == name, without making a copy of the name (false on an invalid node or a null name).
+    // getName() == name (false on an invalid node or a null name); natively compared without copying the name.
     bool hasName(const wchar_t* name) const;
 
     // Child and sibling navigation visits elements only (text, comments and processing instructions are skipped).
