@@ -94,6 +94,24 @@ TEST(ExportCommand, BurnsAnImageThatAThirdPartyReaderOpensAndAppendsASession) {
     EXPECT_NE(listing.find("/P1/S1/img1.bmp"), std::string::npos) << listing;
     EXPECT_NE(listing.find("/S9/study.xml"), std::string::npos) << listing;
 }
+
+TEST(ExportCommand, AFailedBurnLeavesNoImageBehind) {
+#ifndef UC_HAVE_SIMULATED_STARBURN
+    GTEST_SKIP() << "the simulated disc-writing library is not part of this build";
+#endif
+    TempDir dir;
+    SampleArchive archive(dir);
+    const std::wstring image = dir.file(L"failed.iso");
+    for (const char* fault : {"fault.no-medium=yes", "fault.write-error=50%", "fault.close=yes", "capacity=20"}) {
+        ::setenv("UC_STARBURN_SET", fault, 1);
+        const Result r = Tool({L"export", L"burn", archive.patient, L"--image", image, L"--medium", L"cd-r"});
+        EXPECT_EQ(r.code, 1) << fault;
+        EXPECT_TRUE(Contains(r.err, L"the burn failed")) << fault;
+        EXPECT_FALSE(std::filesystem::exists(uc::ToFsPath(image))) << fault;
+        EXPECT_FALSE(std::filesystem::exists(uc::ToFsPath(image + L".medium"))) << fault;
+    }
+    ::unsetenv("UC_STARBURN_SET");
+}
 #endif
 
 }  // namespace

@@ -44,7 +44,7 @@ bool QueueFolders(CFileQueue& queue, const Args& folders, std::wostream& err) {
             err << L"uctool export: '" << folder << L"' is not a folder\n";
             return false;
         }
-        const std::wstring base = WithTrailingSeparator(folder);
+        const std::wstring base = WithTrailingSeparator(uc::FromFsPath(fs::absolute(uc::ToFsPath(folder), ec)));
         if (FileIsPresent(base + CFileQueue::PatientDescriptor))
             queue.AddPatientToQueue(base);
         else if (FileIsPresent(base + CFileQueue::StudyDescriptor))
@@ -113,11 +113,11 @@ void SetEnvironment(const char* name, const std::wstring& value) {
 }
 
 int Burn(Args args, std::wostream& out, std::wostream& err) {
-    std::wstring image, convert, privacy, medium = L"dvd-r", exportFolder, screen, language, library;
+    std::wstring image, convert, privacy, medium, exportFolder, screen, language, library;
     const bool hasImage = TakeOption(args, L"--image", image);
     TakeOption(args, L"--convert", convert);
     TakeOption(args, L"--privacy", privacy);
-    TakeOption(args, L"--medium", medium);
+    const bool hasMedium = TakeOption(args, L"--medium", medium);
     TakeOption(args, L"--export-folder", exportFolder);
     TakeOption(args, L"--screen", screen);
     TakeOption(args, L"--language", language);
@@ -169,9 +169,17 @@ int Burn(Args args, std::wostream& out, std::wostream& err) {
         fs::remove(imagePath, ec);
         fs::remove(imagePath.string() + ".medium", ec);  // the simulated library's record of the medium
     }
-    // The simulated library takes its medium from these settings; a real library ignores them.
-    SetEnvironment("UC_STARBURN_SET", L"image=" + uc::FromFsPath(imagePath) + L";medium=" + medium +
-                                          (append && fs::exists(imagePath, ec) ? L";state=appendable" : L""));
+    // The simulated library takes its medium from these settings (a real library ignores them). Settings already
+    // in the environment (faults, capacity) stay; the image is always the one named here.
+    const bool existedBefore = fs::exists(imagePath, ec);
+    const std::int64_t sizeBefore = existedBefore ? FileLength(uc::FromFsPath(imagePath)) : -1;
+    const char* existing = std::getenv("UC_STARBURN_SET");
+    std::wstring settings = hasMedium ? L"" : L"medium=dvd-r;";
+    if (existing && *existing) settings += uc::FromUtf8(existing) + L";";
+    if (hasMedium) settings += L"medium=" + medium + L";";
+    settings += L"image=" + uc::FromFsPath(imagePath);
+    if (append && fs::exists(imagePath, ec)) settings += L";state=appendable";
+    SetEnvironment("UC_STARBURN_SET", settings);
 
     CFileQueue queue;
     if (!QueueFolders(queue, args, err)) return 1;
@@ -201,6 +209,14 @@ int Burn(Args args, std::wostream& out, std::wostream& err) {
             if (line.find(L"failed") != std::wstring::npos || line.find(L"cannot") != std::wstring::npos ||
                 line.find(L"vanished") != std::wstring::npos || line.find(L"EXITing") != std::wstring::npos)
                 err << line << L"\n";
+        if (!existedBefore) {
+            // A fresh image from a failed burn is not a disc anyone should use.
+            fs::remove(imagePath, ec);
+            fs::remove(imagePath.string() + ".medium", ec);
+        } else if (FileLength(uc::FromFsPath(imagePath)) != sizeBefore) {
+            err << L"uctool export: '" << uc::FromFsPath(imagePath)
+                << L"' now ends in an unfinished session; its earlier sessions are as they were\n";
+        }
         err << L"uctool export: the burn failed\n";
         return 1;
     }
