@@ -1,14 +1,38 @@
 // In-house XML document and node classes: one interface, pugixml behind it natively and MSXML on Windows.
 #pragma once
 
+#include <cstddef>
+#include <initializer_list>
 #include <memory>
 #include <string>
+#include <type_traits>
 
 #include "platform/export.h"
 
 namespace zel_xml {
 struct DocumentImpl;  // back-end state, shared by a file and every node taken from it
 }
+
+// One attribute of an element while zelXMLNode::forEachAttribute visits it; valid during that call only.
+class UC_API zelXMLAttribute {
+public:
+    // The attribute's name equals `name` (compared in place, without a copy; false for a null name).
+    bool is(const wchar_t* name) const;
+    // Position of the attribute's name among `names`, or -1: one call for a reader that dispatches on several.
+    int oneOf(std::initializer_list<const wchar_t*> names) const;
+    std::wstring name() const;
+    std::wstring value() const;
+    // The value read by the rules of getAttributeInt / getAttributeDouble; false, `value` unchanged, when the
+    // text is not such a number.
+    bool toInt(int& value) const;
+    bool toDouble(double& value) const;
+
+private:
+    friend class zelXMLNode;
+    zelXMLAttribute(const void* name, const void* value) : m_name(name), m_value(value) {}
+    const void* m_name;   // back-end text: UTF-8 natively, a BSTR over MSXML
+    const void* m_value;
+};
 
 // A reference to one element of a document. Copies refer to the same element; a node keeps its document alive.
 // Every operation on an invalid node is harmless: getters return their defaults, setters do nothing.
@@ -25,6 +49,8 @@ public:
     std::wstring getName() const;
     // getName() == name (false on an invalid node or a null name); natively compared without copying the name.
     bool hasName(const wchar_t* name) const;
+    // Position of the element's name among `names`, or -1 (also for an invalid node).
+    int nameOneOf(std::initializer_list<const wchar_t*> names) const;
 
     // Child and sibling navigation visits elements only (text, comments and processing instructions are skipped).
     zelXMLNode getChildByName(const wchar_t* name) const;
@@ -42,6 +68,15 @@ public:
     // In/out form: `value` is left unchanged when the attribute is absent or not a number.
     void getAttributeInt(const wchar_t* name, int& value) const;
     double getAttributeDouble(const wchar_t* name, double defaultValue) const;
+    // Calls `visit(const zelXMLAttribute&)` once for each attribute, in document order: one pass over the
+    // element's attributes for a reader that wants several of them, where each getter above searches them anew.
+    // Nothing is visited on an invalid node.
+    template <class Visit>
+    void forEachAttribute(Visit&& visit) const {
+        using V = std::remove_reference_t<Visit>;
+        visitAttributes([](void* context, const zelXMLAttribute& a) { (*static_cast<V*>(context))(a); },
+                        const_cast<void*>(static_cast<const void*>(&visit)));
+    }
 
     void setAttribute(const wchar_t* name, const wchar_t* value) const;
     void setAttribute(const wchar_t* name, const std::wstring& value) const { setAttribute(name, value.c_str()); }
@@ -59,6 +94,7 @@ private:
     friend class zelXMLFile;
     friend struct zel_xml::DocumentImpl;
     zelXMLNode(std::shared_ptr<zel_xml::DocumentImpl> doc, void* node);
+    void visitAttributes(void (*visit)(void* context, const zelXMLAttribute& attribute), void* context) const;
 
     std::shared_ptr<zel_xml::DocumentImpl> m_doc;
     void* m_node = nullptr;  // back-end element handle (a pugixml node, or an AddRef'ed IXMLDOMElement*)
@@ -74,6 +110,8 @@ public:
 
     // Reads a file (UTF-8 or UTF-16 with byte-order mark, or the encoding its declaration names).
     // False, with getLastError set, on a missing, empty or malformed file; the previous document is dropped.
+    // Both back-ends refuse every document that is not well-formed XML (two root elements, text after the root,
+    // duplicate attributes, a bare '&', an undefined entity, ...), as MSXML does, and say where.
     bool open(const wchar_t* path, bool preserveWhitespace = false);
     bool open(const std::wstring& path, bool preserveWhitespace = false) { return open(path.c_str(), preserveWhitespace); }
     bool loadXML(const std::wstring& text);
@@ -86,13 +124,32 @@ public:
     zelXMLNode findElementByAttribute(const wchar_t* elementName, const wchar_t* attributeName,
                                       const wchar_t* value) const;
 
+    // Calls `visit(const zelXMLNode& element, int depth)` for every element named `name`, in document order:
+    // a search inside the back-end, much cheaper than stepping through the document node by node. Depth is 0 for
+    // the root element, 1 for its children and 2 for anything deeper.
+    template <class Visit>
+    void forEachElementNamed(const wchar_t* name, Visit&& visit) const {
+        using V = std::remove_reference_t<Visit>;
+        visitElementsNamed(name, [](void* context, const zelXMLNode& e, int depth) { (*static_cast<V*>(context))(e, depth); },
+                           const_cast<void*>(static_cast<const void*>(&visit)));
+    }
+
     // Writes the document, indented, as UTF-8 with a declaration (UTF-16 when the document declares it).
     bool save(const wchar_t* path) const;
     bool save(const std::wstring& path) const { return save(path.c_str()); }
     std::wstring getXML() const;
     std::wstring getLastError() const;
+    // Where the last failed read found its fault: line and column from 1, or 0 when it has no position.
+    int getErrorLine() const { return m_errorLine; }
+    int getErrorColumn() const { return m_errorColumn; }
 
 private:
+    void setError(std::wstring message, std::size_t line = 0, std::size_t column = 0);
+    void visitElementsNamed(const wchar_t* name, void (*visit)(void* context, const zelXMLNode& element, int depth),
+                            void* context) const;
+
     std::shared_ptr<zel_xml::DocumentImpl> m_doc;
     std::wstring m_error;
+    int m_errorLine = 0;
+    int m_errorColumn = 0;
 };

@@ -22,13 +22,6 @@ constexpr DefaultSlot kDefaultSlots[tButtonStyle::kSlots] = {
     {0xC8A48080, 0xC8404040, 0xC8C0C0C0, 0xC8020202, 2.0f, 1.0f},  // unnamed slot 4
 };
 
-// Reals from a file may be garbage, infinite or out of float range: non-finite values take the default and
-// narrowing saturates instead of overflowing.
-double ReadReal(const zelXMLNode& node, const wchar_t* name, double defaultValue) {
-    const double v = node.getAttributeDouble(name, defaultValue);
-    return std::isfinite(v) ? v : defaultValue;
-}
-
 float ToFloat(double v) {
     if (std::isnan(v)) return 0.0f;
     if (v > FLT_MAX) return FLT_MAX;
@@ -36,8 +29,18 @@ float ToFloat(double v) {
     return static_cast<float>(v);
 }
 
-float ReadFloat(const zelXMLNode& node, const wchar_t* name, double defaultValue) {
-    return ToFloat(ReadReal(node, name, defaultValue));
+// Reals from a file may be garbage, infinite or out of float range: non-finite values take the default and
+// narrowing saturates instead of overflowing. Elements are read in one pass over their attributes; a value is
+// taken from the attribute of that name, else the default.
+double Real(const zelXMLAttribute& a, double defaultValue) {
+    double v = defaultValue;
+    return a.toDouble(v) && std::isfinite(v) ? v : defaultValue;
+}
+float Float(const zelXMLAttribute& a, double defaultValue) { return ToFloat(Real(a, defaultValue)); }
+float Whole(const zelXMLAttribute& a, int defaultValue) {
+    int v = defaultValue;
+    a.toInt(v);
+    return static_cast<float>(v);
 }
 
 std::vector<std::wstring> SplitCommas(const std::wstring& text) {
@@ -109,9 +112,7 @@ bool RibbonItem::operator==(const RibbonItem& other) const {
 
 void tSolidBrush::Reset() { fill = 1; }
 bool tSolidBrush::operator==(const tSolidBrush& o) const { return fill == o.fill; }
-void tSolidBrush::Load(const zelXMLNode& b) {
-    b.getAttributeInt(L"fill", fill);
-}
+void tSolidBrush::Load(const zelXMLNode& b) { b.getAttributeInt(L"fill", fill); }
 void tSolidBrush::Store(const zelXMLNode& b) const { b.setAttributeInt(L"fill", fill); }
 
 void tLinearBrush::Reset() {
@@ -127,12 +128,19 @@ bool tLinearBrush::operator==(const tLinearBrush& o) const {
            gamma == o.gamma && shapeTriangle == o.shapeTriangle;
 }
 void tLinearBrush::Load(const zelXMLNode& b) {
-    rotate = static_cast<float>(b.getAttributeInt(L"rotate", 90));
-    focus = ReadFloat(b, L"focus", 0.0);
-    scale = ReadFloat(b, L"scale", 1.0);
-    b.getAttributeInt(L"shapeBell", shapeBell);
-    b.getAttributeInt(L"gamma", gamma);
-    b.getAttributeInt(L"shapeTriangle", shapeTriangle);
+    rotate = 90.0f;
+    focus = 0.0f;
+    scale = 1.0f;
+    b.forEachAttribute([this](const zelXMLAttribute& a) {
+        switch (a.oneOf({L"rotate", L"focus", L"scale", L"shapeBell", L"gamma", L"shapeTriangle"})) {
+        case 0: rotate = Whole(a, 90); break;
+        case 1: focus = Float(a, 0.0); break;
+        case 2: scale = Float(a, 1.0); break;
+        case 3: a.toInt(shapeBell); break;
+        case 4: a.toInt(gamma); break;
+        case 5: a.toInt(shapeTriangle); break;
+        }
+    });
 }
 void tLinearBrush::Store(const zelXMLNode& b) const {
     StoreWhole(b, L"rotate", rotate);
@@ -158,13 +166,22 @@ bool tPathBrush::operator==(const tPathBrush& o) const {
            gamma == o.gamma && shapeBell == o.shapeBell && shapeTriangle == o.shapeTriangle;
 }
 void tPathBrush::Load(const zelXMLNode& b) {
-    rotate = static_cast<float>(b.getAttributeInt(L"rotate", 0));
-    focus = ReadFloat(b, L"focus", 1.0);
-    focusx = ReadFloat(b, L"focusx", 0.5);
-    focusy = ReadFloat(b, L"focusy", 0.5);
-    scale = ReadFloat(b, L"scale", 1.0);
-    b.getAttributeInt(L"shapeBell", shapeBell);
-    b.getAttributeInt(L"shapeTriangle", shapeTriangle);
+    rotate = 0.0f;
+    focus = 1.0f;
+    focusx = 0.5f;
+    focusy = 0.5f;
+    scale = 1.0f;
+    b.forEachAttribute([this](const zelXMLAttribute& a) {
+        switch (a.oneOf({L"rotate", L"focus", L"focusx", L"focusy", L"scale", L"shapeBell", L"shapeTriangle"})) {
+        case 0: rotate = Whole(a, 0); break;
+        case 1: focus = Float(a, 1.0); break;
+        case 2: focusx = Float(a, 0.5); break;
+        case 3: focusy = Float(a, 0.5); break;
+        case 4: scale = Float(a, 1.0); break;
+        case 5: a.toInt(shapeBell); break;
+        case 6: a.toInt(shapeTriangle); break;
+        }
+    });
 }
 void tPathBrush::Store(const zelXMLNode& b) const {
     StoreWhole(b, L"rotate", rotate);
@@ -189,20 +206,32 @@ void tMultiStopBrush::Reset(const ColorState (&c)[RibbonItem::kSlots]) {
 bool tMultiStopBrush::operator==(const tMultiStopBrush& o) const { return rotate == o.rotate && stops == o.stops; }
 
 void tMultiStopBrush::Load(const zelXMLNode& b) {
-    rotate = static_cast<float>(b.getAttributeInt(L"rotate", 90));
+    rotate = 90.0f;
+    std::wstring position, lists[tButtonStyle::kNamedStates];
+    bool listed[tButtonStyle::kNamedStates] = {};
+    b.forEachAttribute([&](const zelXMLAttribute& a) {
+        const int k = a.oneOf({L"rotate", L"position", L"enabled", L"disabled", L"clicked", L"pressed"});
+        if (k == 0) {
+            rotate = Whole(a, 90);
+        } else if (k == 1) {
+            position = a.value();
+        } else if (k > 1) {
+            lists[k - 2] = a.value();  // the state names in slot order
+            listed[k - 2] = true;
+        }
+    });
     // The stop count comes from "position" (absent or empty: no stops, as Store writes a brush without stops).
     // Stops that existed before keep their colours where the state lists do not reach; new stops start at zero.
-    const std::vector<std::wstring> parts = SplitCommas(CutToBuffer(b.getAttribute(L"position")));
+    const std::vector<std::wstring> parts = SplitCommas(CutToBuffer(position));
     stops.resize(parts.size());
     for (std::size_t i = 0; i < parts.size(); ++i) {
         double p = 0.0;
         stops[i].position = uc::ParseDouble(parts[i], p) && std::isfinite(p) ? ToFloat(p) : 0.0f;
     }
     for (int s = 0; s < tButtonStyle::kNamedStates; ++s) {
-        const std::wstring& state = tButtonStyle::StateName(s);
-        if (!b.hasAttribute(state.c_str())) continue;
-        const std::vector<std::wstring> parts = SplitCommas(CutToBuffer(b.getAttribute(state.c_str())));
-        for (std::size_t i = 0; i < parts.size() && i < stops.size(); ++i) ParseStopColour(parts[i], stops[i].colours[s]);
+        if (!listed[s]) continue;
+        const std::vector<std::wstring> colours = SplitCommas(CutToBuffer(lists[s]));
+        for (std::size_t i = 0; i < colours.size() && i < stops.size(); ++i) ParseStopColour(colours[i], stops[i].colours[s]);
     }
 }
 
@@ -325,29 +354,53 @@ bool tButtonStyle::operator==(const tButtonStyle& o) const {
 
 bool tButtonStyle::Load(const zelXMLNode& el) {
     if (!el.isValid()) return false;
-    id = el.getAttributeInt(L"id", -1);
-    name = el.getAttribute(L"name", L"");
-    basename = el.getAttribute(L"basename", L"");
+    id = -1;
+    name.clear();
+    basename.clear();
+    el.forEachAttribute([this](const zelXMLAttribute& a) {
+        switch (a.oneOf({L"id", L"name", L"basename"})) {
+        case 0: a.toInt(id); break;
+        case 1: name = a.value(); break;
+        case 2: basename = a.value(); break;
+        }
+    });
     for (zelXMLNode child = el.getFirstChild(); child.isValid(); ++child) {
-        if (child.hasName(L"shape")) {
-            shape = child.getAttributeInt(L"shape", 0);
-            radius = ReadReal(child, L"radius", 10.0);
-            borderRatio = ReadFloat(child, L"borderRatio", 0.18);  // single precision, as it always was read
-        } else if (child.hasName(L"font")) {
-            font.Load(child);
-            shadowText = child.getAttributeInt(L"shadowText", 1);
-            scaleText = child.getAttributeInt(L"scaleText", 0);
-        } else if (child.hasName(L"icon")) {
+        const int group = child.nameOneOf({L"shape", L"font", L"icon", L"color"});
+        if (group == 0) {
+            shape = 0;
+            radius = 10.0;
+            borderRatio = ToFloat(0.18);  // single precision, as it always was read
+            child.forEachAttribute([this](const zelXMLAttribute& a) {
+                switch (a.oneOf({L"shape", L"radius", L"borderRatio"})) {
+                case 0: a.toInt(shape); break;
+                case 1: radius = Real(a, 10.0); break;
+                case 2: borderRatio = Float(a, 0.18); break;
+                }
+            });
+        } else if (group == 1) {
+            font.name.clear();
+            font.size = 16;
+            shadowText = 1;
+            scaleText = 0;
+            child.forEachAttribute([this](const zelXMLAttribute& a) {
+                switch (a.oneOf({L"name", L"size", L"shadowText", L"scaleText"})) {
+                case 0: font.name = a.value(); break;
+                case 1: a.toInt(font.size); break;
+                case 2: a.toInt(shadowText); break;
+                case 3: a.toInt(scaleText); break;
+                }
+            });
+        } else if (group == 2) {
             iconLocation = child.getAttributeInt(L"location", 0);
-        } else if (child.hasName(L"color")) {
+        } else if (group == 3) {
             for (zelXMLNode c = child.getFirstChild(); c.isValid(); ++c) {
-                const std::wstring ctag = c.getName();
-                const int slot = StateIndex(ctag);
-                if (slot >= 0) {
-                    colours[slot].Load(c);
-                } else if (ctag == L"background") {
+                // The four state names in slot order, then the other children of "color".
+                const int k = c.nameOneOf({L"enabled", L"disabled", L"clicked", L"pressed", L"background", L"brush"});
+                if (k >= 0 && k < kNamedStates) {
+                    colours[k].Load(c);
+                } else if (k == 4) {
                     ColorState::LoadColor(c, background);
-                } else if (ctag == L"brush") {
+                } else if (k == 5) {
                     brushType = c.getAttributeInt(L"id", 1);
                     switch (brushType) {
                     case BrushSolid: solidBrush.Load(c); break;

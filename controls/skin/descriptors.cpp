@@ -28,9 +28,16 @@ bool ColorState::operator==(const ColorState& other) const {
 }
 
 void ColorState::Load(const zelXMLNode& node) {
-    LoadColor(node.getChildByName(L"facePrimary"), facePrimary);
-    LoadColor(node.getChildByName(L"faceSeconday"), faceSecondary);
-    LoadColor(node.getChildByName(L"border"), border);
+    // One walk over the children; the first child of each name counts, as a lookup by name would find it.
+    std::uint32_t* const fields[3] = {&facePrimary, &faceSecondary, &border};
+    bool seen[3] = {};
+    for (zelXMLNode c = node.getFirstChild(); c.isValid(); ++c) {
+        const int i = c.nameOneOf({L"facePrimary", L"faceSeconday", L"border"});
+        if (i >= 0 && !seen[i]) {
+            seen[i] = true;
+            LoadColor(c, *fields[i]);
+        }
+    }
 }
 
 void ColorState::Store(const zelXMLNode& node) const {
@@ -41,11 +48,13 @@ void ColorState::Store(const zelXMLNode& node) const {
 
 void ColorState::LoadColor(const zelXMLNode& node, unsigned long& colour) {
     if (!node.isValid()) return;
-    const unsigned a = static_cast<unsigned>(node.getAttributeInt(L"a", 200)) & 0xFFu;
-    const unsigned r = static_cast<unsigned>(node.getAttributeInt(L"r", 0)) & 0xFFu;
-    const unsigned g = static_cast<unsigned>(node.getAttributeInt(L"g", 0)) & 0xFFu;
-    const unsigned b = static_cast<unsigned>(node.getAttributeInt(L"b", 0)) & 0xFFu;
-    colour = (static_cast<unsigned long>(a) << 24) | (r << 16) | (g << 8) | b;
+    int argb[4] = {200, 0, 0, 0};
+    node.forEachAttribute([&](const zelXMLAttribute& at) {
+        const int i = at.oneOf({L"a", L"r", L"g", L"b"});
+        if (i >= 0) at.toInt(argb[i]);
+    });
+    colour = 0;
+    for (int v : argb) colour = (colour << 8) | (static_cast<unsigned>(v) & 0xFFu);
 }
 
 void ColorState::LoadColor(const zelXMLNode& node, std::uint32_t& colour) {
@@ -91,8 +100,14 @@ bool FontDescriptor::operator<(const FontDescriptor& other) const {
 }
 
 void FontDescriptor::Load(const zelXMLNode& node) {
-    name = node.getAttribute(L"name", L"");
-    size = node.getAttributeInt(L"size", 16);
+    name.clear();
+    size = 16;
+    node.forEachAttribute([&](const zelXMLAttribute& a) {
+        switch (a.oneOf({L"name", L"size"})) {
+        case 0: name = a.value(); break;
+        case 1: a.toInt(size); break;
+        }
+    });
 }
 
 void FontDescriptor::Store(const zelXMLNode& node) const {

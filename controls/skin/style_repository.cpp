@@ -1,7 +1,9 @@
 // StyleRepository: loads styles with their base chains resolved, hands out lookups, writes differences back.
 #include "skin/style_repository.h"
 
-#include <unordered_set>
+#include <algorithm>
+#include <deque>
+#include <new>
 #include <utility>
 
 #include "platform/logger.h"
@@ -53,44 +55,202 @@ bool StyleRepository::Load() { return LoadFile(utilsExam::GetProtocolFile(kStyle
 
 bool StyleRepository::LoadFile(const std::wstring& path) {
     RemoveAll();
-    zelXMLFile file;
-    if (!file.open(path)) {
+    m_report = StyleLoadReport();
+    m_report.path = path;
+    try {
+        zelXMLFile file;
+        if (!file.open(path)) {
+            m_report.error = file.getLastError();
+            m_report.errorLine = file.getErrorLine();
+            m_report.errorColumn = file.getErrorColumn();
+            return false;
+        }
+        const bool ok = LoadDocument(file);
+        m_report.path = path;
+        return ok;
+    } catch (const std::bad_alloc&) {
+        RemoveAll();
         m_report = StyleLoadReport();
         m_report.path = path;
-        m_report.error = file.getLastError();
+        m_report.error = L"not enough memory to read the style file";
         return false;
     }
-    const bool ok = LoadDocument(file);
-    m_report.path = path;
-    return ok;
 }
 
-void StyleRepository::IndexDocument(const zelXMLFile& file) {
-    // One walk over the whole document in document order; the first element of each name is kept, exactly as a
-    // search for the first "style" element with that "name" would find it.
-    m_baseIndex.clear();
-    std::vector<zelXMLNode> stack;
-    stack.push_back(file.getRootElement());
-    while (!stack.empty()) {
-        zelXMLNode& top = stack.back();
-        if (!top.isValid()) {
-            stack.pop_back();
-            if (!stack.empty()) ++stack.back();
-            continue;
+// The base chains of one document. Every element that can serve as a base (the first "style" element of each
+// name, anywhere in the document) is a node, read once: its values are its base's values with its own element read
+// over them. Chains are walked without recursion and recorded as shared report links, so a chain of any depth
+// costs time and memory in proportion to its length, not to its square.
+struct StyleRepository::Resolver {
+    struct Node {
+        zelXMLNode element;
+        const std::wstring* name = nullptr;  // the key it is found by
+        std::wstring basename;
+        enum State : unsigned char { Unvisited, Visiting, Done } state = Unvisited;
+        StyleLoadEntry::Outcome outcome = StyleLoadEntry::Loaded;
+        int link = -1;        // report link of this node's name
+        int detailLink = -1;  // for a failure: the link whose name is reported as its cause
+        std::unique_ptr<tButtonStyle> owned;  // resolved values, until handed to the repository
+        const tButtonStyle* style = nullptr;  // resolved values wherever they live
+    };
+
+    explicit Resolver(StyleLoadReport& report) : links(report.links) {}
+
+    // Every "style" element in document order; the first of each name is a node, as a search for the first
+    // "style" element with that "name" would find it. Also notes, for each "style" child of the root in turn,
+    // which node it is (-1 for none).
+    void Index(const zelXMLFile& file) {
+        file.forEachElementNamed(L"style", [this](const zelXMLNode& element, int depth) {
+            bool named = false;
+            std::wstring name, basename;
+            element.forEachAttribute([&](const zelXMLAttribute& a) {
+                switch (a.oneOf({L"name", L"basename"})) {
+                case 0:
+                    named = true;
+                    name = a.value();
+                    break;
+                case 1: basename = a.value(); break;
+                }
+            });
+            int node = -1;
+            if (named) {
+                auto [it, added] = byName.try_emplace(std::move(name), static_cast<int>(nodes.size()));
+                if (added) {
+                    node = it->second;
+                    nodes.emplace_back();
+                    nodes.back().element = element;
+                    nodes.back().name = &it->first;
+                    nodes.back().basename = std::move(basename);
+                }
+            }
+            if (depth == 1) styleChildren.push_back(node);
+        });
+    }
+
+    int NewLink(const std::wstring& name, int next, std::size_t depth) {
+        links.push_back({name, next, depth});
+        return static_cast<int>(links.size()) - 1;
+    }
+
+    // The link of a base name no "style" element has (one per name).
+    int MissingLink(const std::wstring& name) {
+        auto [it, added] = missing.try_emplace(name, -1);
+        if (added) it->second = NewLink(name, -1, 1);
+        return it->second;
+    }
+
+    // Resolves `start` and every base it needs: walk up to a node already resolved, a style without a base, a
+    // name that resolves to nothing or a loop, then settle the nodes walked from the top down.
+    void Resolve(int start) {
+        path.clear();
+        int n = start, above = -1, missingLink = -1;
+        std::size_t loopAt = path.max_size();
+        for (;;) {
+            Node& node = nodes[n];
+            if (node.state == Node::Done) {
+                above = n;
+                break;
+            }
+            if (node.state == Node::Visiting) {
+                for (loopAt = 0; path[loopAt] != n; ++loopAt) {}
+                break;
+            }
+            node.state = Node::Visiting;
+            path.push_back(n);
+            if (node.basename.empty()) break;
+            auto it = byName.find(node.basename);
+            if (it == byName.end()) {
+                missingLink = MissingLink(node.basename);
+                break;
+            }
+            n = it->second;
         }
-        if (top.hasName(L"style") && top.hasAttribute(L"name"))
-            m_baseIndex.emplace(top.getAttribute(L"name"), top);
-        zelXMLNode child = top.getFirstChild();
-        if (child.isValid())
-            stack.push_back(std::move(child));
-        else if (stack.size() == 1)
-            stack.pop_back();  // the root has no siblings to visit
-        else
-            ++top;
+        std::size_t settled = path.size();
+        if (loopAt < path.size()) {
+            // Each name of a loop leads round it and back to itself: the loop's length plus one name.
+            const std::size_t depth = path.size() - loopAt + 1;
+            for (std::size_t i = loopAt; i < path.size(); ++i) nodes[path[i]].link = NewLink(*nodes[path[i]].name, -1, depth);
+            for (std::size_t i = loopAt; i < path.size(); ++i) {
+                Node& node = nodes[path[i]];
+                links[node.link].next = nodes[path[i + 1 < path.size() ? i + 1 : loopAt]].link;
+                node.outcome = StyleLoadEntry::BaseLoop;
+                node.detailLink = node.link;
+                node.state = Node::Done;
+            }
+            settled = loopAt;
+        }
+        for (std::size_t i = settled; i-- > 0;) {
+            Node& node = nodes[path[i]];
+            const int from = i + 1 < path.size() ? path[i + 1] : above;
+            int next = -1;
+            const tButtonStyle* base = nullptr;
+            if (from >= 0) {
+                const Node& b = nodes[from];
+                next = b.link;
+                node.outcome = b.outcome;
+                node.detailLink = b.detailLink;
+                base = b.style;
+            } else if (missingLink >= 0) {
+                next = missingLink;
+                node.outcome = StyleLoadEntry::UnresolvedBase;
+                node.detailLink = missingLink;
+            }
+            node.link = NewLink(*node.name, next, 1 + (next >= 0 ? links[next].depth : 0));
+            if (node.outcome == StyleLoadEntry::Loaded) {
+                node.owned = base ? std::make_unique<tButtonStyle>(*base) : std::make_unique<tButtonStyle>();
+                node.owned->Load(node.element);
+                node.style = node.owned.get();
+            }
+            node.state = Node::Done;
+        }
+    }
+
+    // The resolved base named `basename` for `entry` (null for none); false, with the entry's outcome, chain and
+    // detail set, when the chain fails.
+    bool Base(const std::wstring& basename, StyleLoadEntry& entry, const tButtonStyle*& base) {
+        base = nullptr;
+        if (basename.empty()) return true;
+        auto it = byName.find(basename);
+        if (it == byName.end()) {
+            entry.chain = MissingLink(basename);
+            entry.depth = 1;
+            entry.outcome = StyleLoadEntry::UnresolvedBase;
+            entry.detail = basename;
+            return false;
+        }
+        Resolve(it->second);
+        const Node& node = nodes[it->second];
+        entry.chain = node.link;
+        entry.depth = links[node.link].depth;
+        if (node.outcome != StyleLoadEntry::Loaded) {
+            entry.outcome = node.outcome;
+            entry.detail = links[node.detailLink].name;
+            return false;
+        }
+        base = node.style;
+        return true;
+    }
+
+    std::vector<StyleLoadReport::Link>& links;
+    std::deque<Node> nodes;  // a deque: adding a node moves none of the others
+    std::unordered_map<std::wstring, int> byName;
+    std::unordered_map<std::wstring, int> missing;
+    std::vector<int> styleChildren;  // node of each "style" child of the root, -1 for those that are not nodes
+    std::vector<int> path;
+};
+
+bool StyleRepository::LoadDocument(const zelXMLFile& file) {
+    try {
+        return ReadDocument(file);
+    } catch (const std::bad_alloc&) {
+        RemoveAll();
+        m_report = StyleLoadReport();
+        m_report.error = L"not enough memory to read the style file";
+        return false;
     }
 }
 
-bool StyleRepository::LoadDocument(const zelXMLFile& file) {
+bool StyleRepository::ReadDocument(const zelXMLFile& file) {
     RemoveAll();
     m_report = StyleLoadReport();
     if (!file.isOpen() || !file.getRootElement().isValid()) {
@@ -98,90 +258,87 @@ bool StyleRepository::LoadDocument(const zelXMLFile& file) {
         return false;
     }
     m_report.fileRead = true;
-    m_resolvedBases.clear();
-    m_failedBases.clear();
-    IndexDocument(file);
 
+    struct Loaded {
+        std::int32_t id;
+        std::size_t entry;
+        std::unique_ptr<tButtonStyle> style;
+    };
+    // Declared before the resolver, which may point into them: they outlive it.
+    std::vector<Loaded> loaded;
+    Resolver resolver(m_report);
+    resolver.Index(file);
     int position = 0;
+    std::size_t styleChild = 0;
+    m_report.entries.reserve(resolver.styleChildren.size());
     for (zelXMLNode child = file.getRootElement().getFirstChild(); child.isValid(); ++child, ++position) {
         StyleLoadEntry entry;
         entry.element = position;
         entry.tag = child.getName();
-        auto style = std::make_unique<tButtonStyle>();
-        if (LoadStyle(style.get(), child, entry)) {
+        std::unique_ptr<tButtonStyle> style;
+        const int node = entry.tag == L"style" && styleChild < resolver.styleChildren.size()
+                             ? resolver.styleChildren[styleChild++]
+                             : -1;
+        std::wstring basename;
+        child.forEachAttribute([&](const zelXMLAttribute& a) {
+            if (a.is(L"basename")) basename = a.value();
+        });
+        const tButtonStyle* base = nullptr;
+        if (resolver.Base(basename, entry, base)) {
+            if (node >= 0) {
+                resolver.Resolve(node);  // its base is resolved already: this only reads its own element
+                style = std::move(resolver.nodes[static_cast<std::size_t>(node)].owned);
+            } else {
+                style = base ? std::make_unique<tButtonStyle>(*base) : std::make_unique<tButtonStyle>();
+                style->Load(child);
+            }
+        }
+        if (style) {
             entry.id = style->id;
             entry.name = style->name;
-            // The first style of an id wins; a later one is dropped.
-            if (!m_styles.try_emplace(style->id, std::move(style)).second) entry.outcome = StyleLoadEntry::DuplicateId;
+            loaded.push_back({style->id, m_report.entries.size(), std::move(style)});
         } else {
-            entry.name = child.getAttribute(L"name");
-            entry.id = child.getAttributeInt(L"id", -1);
+            child.forEachAttribute([&](const zelXMLAttribute& a) {
+                if (a.is(L"name")) entry.name = a.value();
+                else if (a.is(L"id")) a.toInt(entry.id);
+            });
+            if (entry.outcome == StyleLoadEntry::BaseLoop)
+                Log(__LINE__, zelLogger::Failure)(L"Style \"%s\" dropped: its base chain loops at \"%s\"",
+                                                  entry.name.c_str(), entry.detail.c_str());
         }
         m_report.entries.push_back(std::move(entry));
     }
-    m_baseIndex.clear();
-    m_resolvedBases.clear();
-    m_failedBases.clear();
+    // Into the map in ascending id order, each at its end: no search through the tree per style. The first style
+    // of an id in the file wins; a later one is dropped (it may still have served as a base).
+    std::stable_sort(loaded.begin(), loaded.end(), [](const Loaded& a, const Loaded& b) { return a.id < b.id; });
+    for (Loaded& l : loaded) {
+        if (!m_styles.empty() && std::prev(m_styles.end())->first == l.id) {
+            m_report.entries[l.entry].outcome = StyleLoadEntry::DuplicateId;
+            continue;
+        }
+        m_styles.emplace_hint(m_styles.end(), l.id, std::move(l.style));
+    }
     return true;
 }
 
 bool StyleRepository::LoadStyle(tButtonStyle* style, zelXMLFile& file, const zelXMLNode& element) {
+    if (!style || !element.isValid()) return false;
+    StyleLoadReport scratch;
+    Resolver resolver(scratch);
+    resolver.Index(file);
     StyleLoadEntry entry;
-    if (m_baseIndex.empty()) IndexDocument(file);
-    return LoadStyle(style, element, entry);
+    const tButtonStyle* base = nullptr;
+    if (!resolver.Base(element.getAttribute(L"basename"), entry, base)) return false;
+    if (base) *style = *base;
+    return style->Load(element);
 }
 
-bool StyleRepository::LoadStyle(tButtonStyle* style, const zelXMLNode& element, StyleLoadEntry& entry) {
-    if (!style || !element.isValid()) {
-        entry.outcome = StyleLoadEntry::InvalidElement;
-        return false;
-    }
-    // Walk up the base chain to the first base already resolved during this read (or to a style without a
-    // base), then read the elements top-down, each over what the ones above it left.
-    std::vector<std::pair<std::wstring, zelXMLNode>> chain;  // (name it was reached by, element), nearest first
-    std::unordered_set<std::wstring> seen;
-    const tButtonStyle* start = nullptr;
-    std::wstring base = element.getAttribute(L"basename");
-    while (!base.empty()) {
-        entry.chain.push_back(base);
-        if (auto r = m_resolvedBases.find(base); r != m_resolvedBases.end()) {
-            start = &r->second.style;
-            entry.chain.insert(entry.chain.end(), r->second.chain.begin(), r->second.chain.end());
-            break;
-        }
-        StyleLoadEntry::Outcome failure = StyleLoadEntry::Loaded;
-        if (auto f = m_failedBases.find(base); f != m_failedBases.end()) {
-            failure = f->second.first;
-            entry.detail = f->second.second;
-        } else if (!seen.insert(base).second) {
-            failure = StyleLoadEntry::BaseLoop;
-            entry.detail = base;
-        } else if (auto it = m_baseIndex.find(base); it == m_baseIndex.end()) {
-            failure = StyleLoadEntry::UnresolvedBase;
-            entry.detail = base;
-        } else {
-            chain.emplace_back(base, it->second);
-            base = it->second.getAttribute(L"basename");
-            continue;
-        }
-        // Every base on this walk fails the same way for whoever derives from it later.
-        for (const auto& link : chain) m_failedBases.emplace(link.first, std::make_pair(failure, entry.detail));
-        entry.outcome = failure;
-        if (failure == StyleLoadEntry::BaseLoop)
-            Log(__LINE__, zelLogger::Failure)(L"Style \"%s\" dropped: its base chain loops at \"%s\"",
-                                              element.getAttribute(L"name").c_str(), entry.detail.c_str());
-        return false;
-    }
-
-    if (start) *style = *start;
-    for (std::size_t i = chain.size(); i-- > 0;) {
-        style->Load(chain[i].second);
-        ResolvedBase& r = m_resolvedBases[chain[i].first];
-        r.style = *style;
-        r.chain.clear();
-        for (std::size_t j = i + 1; j < entry.chain.size(); ++j) r.chain.push_back(entry.chain[j]);
-    }
-    return style->Load(element);
+std::vector<std::wstring> StyleLoadReport::Chain(const StyleLoadEntry& entry, std::size_t limit) const {
+    std::vector<std::wstring> names;
+    // A looping chain ends with the first name seen a second time: its depth says where.
+    for (int l = entry.chain; l >= 0 && names.size() < std::min(limit, entry.depth); l = links[static_cast<std::size_t>(l)].next)
+        names.push_back(links[static_cast<std::size_t>(l)].name);
+    return names;
 }
 
 bool StyleRepository::Save() { return SaveFile(utilsExam::GetProtocolFile(kStyleFile)); }

@@ -1,6 +1,7 @@
 // StyleRepository: the process-wide registry of button styles read from "ButtonStyles.xml".
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <string>
@@ -23,8 +24,11 @@ struct UC_API StyleLoadEntry {
     int element = 0;  // position among the root's child elements, from 0
     std::int32_t id = -1;
     std::wstring name;
-    std::wstring tag;                // element name ("style" normally)
-    std::vector<std::wstring> chain;  // base names followed, nearest first
+    std::wstring tag;  // element name ("style" normally)
+    // The base names followed, nearest first, as an index into StyleLoadReport::links (-1: no base); see
+    // StyleLoadReport::Chain. `depth` is how many names that chain holds.
+    int chain = -1;
+    std::size_t depth = 0;
     Outcome outcome = Loaded;
     std::wstring detail;  // the base name that failed to resolve or closed the loop
 };
@@ -33,7 +37,22 @@ struct UC_API StyleLoadReport {
     bool fileRead = false;
     std::wstring path;
     std::wstring error;  // why the file could not be read
+    int errorLine = 0;    // where the file's XML fault is, from 1 (0: no position)
+    int errorColumn = 0;
     std::vector<StyleLoadEntry> entries;
+
+    // Base chains as links shared by every chain that runs through them, so a report stays linear in the file's
+    // size however deep the chains are: a base name, the link of its own base (-1 at the end) and the number of
+    // names from here to the end. A chain that loops ends with the first name seen twice.
+    struct Link {
+        std::wstring name;
+        int next = -1;
+        std::size_t depth = 1;
+    };
+    std::vector<Link> links;
+
+    // The base names of an entry's chain, nearest first, at most `limit` of them.
+    std::vector<std::wstring> Chain(const StyleLoadEntry& entry, std::size_t limit = static_cast<std::size_t>(-1)) const;
 };
 
 class UC_API StyleRepository {
@@ -60,7 +79,8 @@ public:
     std::vector<const tButtonStyle*> GetAllStyles() const;
 
     // Replaces every style by those of another file or of a parsed document (tools, tests). Pointers handed
-    // out earlier become invalid.
+    // out earlier become invalid. Time and memory are linear in the file's size whatever the shape of its base
+    // chains; a file too large for memory fails with the reason in the report rather than throwing.
     bool LoadFile(const std::wstring& path);
     bool LoadDocument(const zelXMLFile& file);
     // Writes every style to `path` / into `file` as Save does.
@@ -74,26 +94,17 @@ private:
     StyleRepository();
     bool Load();
     bool LoadStyle(tButtonStyle* style, zelXMLFile& file, const zelXMLNode& element);
-    bool LoadStyle(tButtonStyle* style, const zelXMLNode& element, StyleLoadEntry& entry);
+    bool ReadDocument(const zelXMLFile& file);
     void RemoveAll();
-    void IndexDocument(const zelXMLFile& file);
     void RebuildNameIndex() const;
+
+    struct Resolver;  // base chains of one document, resolved once each
 
     static StyleRepository* m_instance;
 
     std::map<std::int32_t, std::unique_ptr<tButtonStyle>> m_styles;
-    // Base lookup of the current read: the first "style" element in document order with each "name".
-    std::unordered_map<std::wstring, zelXMLNode> m_baseIndex;
     // Name lookups: lowest id per name, rebuilt after a change.
     mutable std::unordered_map<std::wstring, const tButtonStyle*> m_byName;
     mutable bool m_byNameValid = false;
-    // Bases resolved or failed during the current read, by the name they were reached by: a chain is walked
-    // once however many styles derive from it.
-    struct ResolvedBase {
-        tButtonStyle style;
-        std::vector<std::wstring> chain;  // its own base names, nearest first
-    };
-    std::unordered_map<std::wstring, ResolvedBase> m_resolvedBases;
-    std::unordered_map<std::wstring, std::pair<StyleLoadEntry::Outcome, std::wstring>> m_failedBases;
     StyleLoadReport m_report;
 };

@@ -1,6 +1,7 @@
 // Behaviour every XML back-end must share: navigation, attributes, failures, encodings and save round trips.
 #include <gtest/gtest.h>
 
+#include "platform/text.h"
 #include "platform/xml.h"
 #include "support/temp_dir.h"
 
@@ -71,6 +72,30 @@ TEST(XmlContract, AttributesWithDefaultsAndStrictNumbers) {
     EXPECT_EQ(inout, 42);
     s.getAttributeInt(L"w", inout);
     EXPECT_EQ(inout, 12);
+
+    // One pass over the attributes, in document order, reads what the getters read.
+    std::wstring names;
+    int w = 0, bad = -5, big = -5;
+    double d = 0;
+    s.forEachAttribute([&](const zelXMLAttribute& a) {
+        names += a.name() + L",";
+        switch (a.oneOf({L"w", L"bad", L"big", L"d", L"name"})) {
+        case 0: EXPECT_TRUE(a.toInt(w)); break;
+        case 1: EXPECT_FALSE(a.toInt(bad)); break;
+        case 2: EXPECT_FALSE(a.toInt(big)); break;
+        case 3: EXPECT_TRUE(a.toDouble(d)); break;
+        case 4: EXPECT_EQ(a.value(), L"first"); break;
+        }
+        EXPECT_FALSE(a.is(L"") || a.is(L"nam") || a.is(nullptr));
+    });
+    EXPECT_EQ(names, L"id,name,w,d,bad,big,");
+    EXPECT_EQ(w, 12);
+    EXPECT_EQ(bad, -5);
+    EXPECT_EQ(big, -5);
+    EXPECT_DOUBLE_EQ(d, 0.25);
+    int visits = 0;
+    zelXMLNode().forEachAttribute([&](const zelXMLAttribute&) { ++visits; });
+    EXPECT_EQ(visits, 0);
 }
 
 TEST(XmlContract, FindElementByAttributeIsFirstInDocumentOrder) {
@@ -101,6 +126,80 @@ TEST(XmlContract, BadFilesFailClearly) {
     ASSERT_TRUE(file.loadXML(L"<ok/>"));
     EXPECT_FALSE(file.open(dir.file(L"missing.xml")));
     EXPECT_FALSE(file.getRootElement().isValid());
+}
+
+// Documents MSXML refuses are refused by every back-end, with the same line and column.
+struct Malformed {
+    const char* xml;
+    int line, column;
+    const wchar_t* reason;  // a fragment of the error text
+};
+
+const Malformed kMalformed[] = {
+    {"<Styles><style id=\"1\"/></Styles>\n<Styles><style id=\"2\"/></Styles>", 2, 1, L"second root"},
+    {"<Styles/>\ntrailing words", 2, 1, L"text after the root"},
+    {"words <Styles/>", 1, 1, L"text before the root"},
+    {"<r>\n  <s id=\"1\" name=\"a\" id=\"2\"/>\n</r>", 2, 22, L"duplicate attribute 'id'"},
+    {"<r>fish & chips</r>", 1, 9, L"bare '&'"},
+    {"<r a=\"x & y\"/>", 1, 9, L"bare '&'"},
+    {"<r>&nbsp;</r>", 1, 4, L"undefined entity '&nbsp;'"},
+    {"<r a=\"1 < 2\"/>", 1, 9, L"'<'"},
+    {"<r a=\"1\"b=\"2\"/>", 1, 9, L"white space"},
+    {"<r><!-- a -- b --></r>", 1, 11, L"'--'"},
+    {"<r>]]></r>", 1, 4, L"']]>'"},
+    {"<r>\x01</r>", 1, 4, L"U+0001"},
+    {"<r>&#0;</r>", 1, 4, L"&#0;"},
+    {"<r>\n<a>\n</b></r>", 3, 1, L"</b> does not match start tag <a> of line 2"},
+    {"<r><a></r>", 1, 7, L"</r> does not match"},
+    {"<r>", 1, 1, L"<r> is not closed"},
+    {" <?xml version=\"1.0\"?><r/>", 1, 2, L"XML declaration"},
+    {"<p:r/>", 1, 2, L"undeclared namespace prefix 'p'"},
+    {"<!DOCTYPE r [<!ENTITY e \"x\">]><r>&e;</r>", 1, 14, L"entity declarations"},
+    {"<r a=1/>", 1, 6, L"quoted"},
+    {"", 1, 1, L"no root element"},
+    {"<!-- only a comment -->", 1, 24, L"no root element"},
+};
+
+TEST(XmlContract, RefusesWhatIsNotWellFormedWithLineAndColumn) {
+    uc::test::TempDir dir;
+    for (const Malformed& m : kMalformed) {
+        SCOPED_TRACE(m.xml);
+        const std::string bytes = m.xml;
+        zelXMLFile file;
+        EXPECT_FALSE(file.loadXML(uc::FromUtf8(bytes)));
+        EXPECT_FALSE(file.isOpen());
+        EXPECT_NE(file.getLastError().find(m.reason), std::wstring::npos) << file.getLastError();
+        EXPECT_EQ(file.getErrorLine(), m.line);
+        EXPECT_EQ(file.getErrorColumn(), m.column);
+        // The same from a file, where the bytes are read as they are.
+        EXPECT_FALSE(file.open(dir.write(L"bad.xml", bytes)));
+        EXPECT_EQ(file.getErrorLine(), m.line) << file.getLastError();
+        EXPECT_EQ(file.getErrorColumn(), m.column);
+    }
+}
+
+TEST(XmlContract, AcceptsWellFormedCornerCases) {
+    const char* const good[] = {
+        "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n<r/>\n<!-- after -->\n<?pi data?>\n",
+        "<!DOCTYPE r SYSTEM \"styles.dtd\"><r/>",
+        "<!DOCTYPE r [<!ELEMENT r ANY><!-- c -->]><r/>",
+        "<r a='&lt;&gt;&amp;&apos;&quot;&#65;&#x42;' b=\"'\"><![CDATA[& < ]]]]><![CDATA[>]]>&#x10000;</r>",
+        "<r xmlns:p=\"urn:x\" xml:lang=\"de\"><p:a p:b=\"1\"/></r>",
+        "\xEF\xBB\xBF<r>\xC3\xA9</r>",
+    };
+    for (const char* xml : good) {
+        zelXMLFile file;
+        EXPECT_TRUE(file.loadXML(uc::FromUtf8(xml))) << xml << ": " << file.getLastError();
+        EXPECT_EQ(file.getErrorLine(), 0);
+    }
+}
+
+TEST(XmlContract, InvalidUtf8InAFileIsRefusedWhereItStands) {
+    uc::test::TempDir dir;
+    zelXMLFile file;
+    EXPECT_FALSE(file.open(dir.write(L"latin.xml", "<r>\n  caf\xE9</r>")));
+    EXPECT_EQ(file.getErrorLine(), 2);
+    EXPECT_EQ(file.getErrorColumn(), 6);
 }
 
 TEST(XmlContract, ReadsUtf8AndUtf16Files) {

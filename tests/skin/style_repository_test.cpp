@@ -102,7 +102,7 @@ TEST_F(StyleRepositoryTest, DerivedStylesMergeOverTheirBaseToAnyDepth) {
     EXPECT_EQ(leaf->colours[0].border, 0x04010203u);
     EXPECT_EQ(leaf->brushType, 3);
     EXPECT_EQ(leaf->pathBrush.focus, 0.5f);
-    EXPECT_EQ(EntryNamed(L"leaf")->chain, (std::vector<std::wstring>{L"middle", L"root"}));
+    EXPECT_EQ(repo->GetLoadReport().Chain(*EntryNamed(L"leaf")), (std::vector<std::wstring>{L"middle", L"root"}));
 
     // Reading a chain once and reusing it must give exactly what reading each element in turn gives.
     tButtonStyle manual;

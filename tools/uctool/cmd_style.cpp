@@ -62,12 +62,13 @@ std::wstring BrushSummary(const tButtonStyle& s) {
     }
 }
 
-std::wstring DescribeStyle(const tButtonStyle& s, const std::vector<std::wstring>& chain) {
+std::wstring DescribeStyle(const tButtonStyle& s, const std::vector<std::wstring>& chain, std::size_t more) {
     std::wostringstream o;
     o << L"style " << s.id << L" \"" << s.name << L"\"";
     if (!chain.empty()) {
         o << L"  derives from";
         for (const std::wstring& b : chain) o << L" <- \"" << b << L"\"";
+        if (more) o << L" <- ... (" << more << L" more)";
     }
     o << L"\n  shape " << s.shape << L" (" << ShapeName(s.shape) << L")  radius " << uc::FormatFixed(s.radius, 2)
       << L"  border ratio " << uc::FormatFixed(s.borderRatio, 2) << L"\n";
@@ -118,14 +119,16 @@ int GalleryLayout::FaceY(int row) const { return kHeaderHeight + row * cellHeigh
 
 namespace {
 
+constexpr std::size_t kShownBases = 8;
+
 constexpr const wchar_t* kUsage =
     L"usage: uctool style check FILE [--strict]\n"
     L"       uctool style gallery FILE --out PNG [--size WxH] [--console-type N] [--left]\n"
     L"       uctool style normalise FILE [--out FILE]\n"
     L"\n"
     L"check      lists every style with its resolved values and base chain, and every element that was\n"
-    L"           dropped and why; exit 1 when the file cannot be read (with --strict also when anything\n"
-    L"           was dropped)\n"
+    L"           dropped and why; exit 1 when the file cannot be read or is not well-formed XML (its\n"
+    L"           FILE:LINE:COLUMN is given), with --strict also when anything was dropped\n"
     L"gallery    draws every style in all five colour slots (enabled, disabled, clicked, pressed, slot 4)\n"
     L"           with the painting the buttons use, into one labelled PNG (Windows build)\n"
     L"normalise  reads the file and writes it back as the repository saves it (derived styles as\n"
@@ -134,8 +137,10 @@ constexpr const wchar_t* kUsage =
 StyleRepository* LoadOrReport(const std::wstring& file, std::wostream& err) {
     StyleRepository* repo = StyleRepository::GetInstance();
     if (!repo->LoadFile(file)) {
-        const std::wstring why = repo->GetLoadReport().error;
-        err << L"uctool style: cannot read \"" << file << L"\"" << (why.empty() ? L"" : L": " + why) << L"\n";
+        const StyleLoadReport& report = repo->GetLoadReport();
+        // The place first, as compilers give it, so that editors can jump to it.
+        if (report.errorLine > 0) err << file << L":" << report.errorLine << L":" << report.errorColumn << L": ";
+        err << L"uctool style: cannot read \"" << file << L"\"" << (report.error.empty() ? L"" : L": " + report.error) << L"\n";
         return nullptr;
     }
     return repo;
@@ -162,7 +167,13 @@ int Check(Args args, std::wostream& out, std::wostream& err) {
         if (e.outcome == StyleLoadEntry::Loaded) byId.emplace(e.id, &e);
     for (const tButtonStyle* s : repo->GetAllStyles()) {
         auto it = byId.find(s->id);
-        out << DescribeStyle(*s, it == byId.end() ? std::vector<std::wstring>{} : it->second->chain);
+        if (it == byId.end()) {
+            out << DescribeStyle(*s, {});
+            continue;
+        }
+        // However deep the chain, one line names its first few bases.
+        const std::vector<std::wstring> chain = report.Chain(*it->second, kShownBases);
+        out << DescribeStyle(*s, chain, it->second->depth - chain.size());
     }
     ListProblems(report, out);
     const int dropped = DroppedCount(report);

@@ -1,6 +1,7 @@
 // Pieces of uctool's "style" command that tests check directly: descriptions of styles and problems, gallery layout.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -12,8 +13,9 @@ namespace uctool::style {
 std::wstring HexColour(std::uint32_t argb);  // "#AARRGGBB"
 std::wstring ShapeName(int shape);
 std::wstring BrushSummary(const tButtonStyle& style);
-// Several lines: identity and base chain, shape, font, brush, background and the four named states.
-std::wstring DescribeStyle(const tButtonStyle& style, const std::vector<std::wstring>& chain);
+// Several lines: identity and base chain (with how many further bases were left out), shape, font, brush,
+// background and the four named states.
+std::wstring DescribeStyle(const tButtonStyle& style, const std::vector<std::wstring>& chain, std::size_t more = 0);
 // One line for a dropped element (or a note for a loaded one that is not a <style>); empty when all is well.
 std::wstring DescribeProblem(const StyleLoadEntry& entry);
 int DroppedCount(const StyleLoadReport& report);

@@ -3,11 +3,14 @@
 
 #include <charconv>
 #include <cstring>
+#include <algorithm>
 #include <fstream>
 #include <sstream>
+#include <string_view>
 
 #include "platform/text.h"
 #include "platform/xml.h"
+#include "platform/xml_text.h"
 
 namespace zel_xml {
 struct DocumentImpl {
@@ -71,6 +74,30 @@ std::wstring Widen(const char* text) {
     return std::wstring(text, text + n);
 }
 
+// A UTF-8 name equals a wide one; compared in place while both are ASCII.
+bool SameName(const char* own, const wchar_t* name) {
+    if (!name) return false;
+    std::size_t i = 0;
+    for (; own[i] && name[i]; ++i) {
+        const auto c = static_cast<unsigned char>(own[i]);
+        if (c > 0x7F || name[i] > 0x7F) return Widen(own) == name;  // non-ASCII: compare decoded text
+        if (static_cast<wchar_t>(c) != name[i]) return false;
+    }
+    return own[i] == 0 && name[i] == 0;
+}
+
+// Position of a UTF-8 name among wide ones, or -1.
+int NameOneOf(const char* own, std::initializer_list<const wchar_t*> names) {
+    const auto first = static_cast<unsigned char>(own[0]);
+    int i = 0;
+    for (const wchar_t* name : names) {
+        // Most candidates differ in their first character: no call for those.
+        if (name && (first > 0x7F || static_cast<wchar_t>(first) == name[0]) && SameName(own, name)) return i;
+        ++i;
+    }
+    return -1;
+}
+
 // The rules of uc::ParseInt / uc::ParseDouble applied to the UTF-8 value in place: surrounding blanks allowed,
 // ASCII only, one optional '+' that is not followed by '-', the whole text a number.
 template <class T>
@@ -124,16 +151,10 @@ bool zelXMLNode::isValid() const { return m_node != nullptr; }
 
 std::wstring zelXMLNode::getName() const { return m_node ? Widen(Node(m_node).name()) : std::wstring(); }
 
-bool zelXMLNode::hasName(const wchar_t* name) const {
-    if (!m_node || !name) return false;
-    const char* own = Node(m_node).name();
-    std::size_t i = 0;
-    for (; own[i] && name[i]; ++i) {
-        const auto c = static_cast<unsigned char>(own[i]);
-        if (c > 0x7F || name[i] > 0x7F) return Widen(own) == name;  // non-ASCII: compare decoded text
-        if (static_cast<wchar_t>(c) != name[i]) return false;
-    }
-    return own[i] == 0 && name[i] == 0;
+bool zelXMLNode::hasName(const wchar_t* name) const { return m_node && SameName(Node(m_node).name(), name); }
+
+int zelXMLNode::nameOneOf(std::initializer_list<const wchar_t*> names) const {
+    return m_node ? NameOneOf(Node(m_node).name(), names) : -1;
 }
 
 zelXMLNode zelXMLNode::getChildByName(const wchar_t* name) const {
@@ -196,6 +217,21 @@ double zelXMLNode::getAttributeDouble(const wchar_t* name, double defaultValue) 
     return defaultValue;
 }
 
+void zelXMLNode::visitAttributes(void (*visit)(void*, const zelXMLAttribute&), void* context) const {
+    if (!m_node) return;
+    for (pugi::xml_attribute a = Node(m_node).first_attribute(); a; a = a.next_attribute())
+        visit(context, zelXMLAttribute(a.name(), a.value()));
+}
+
+bool zelXMLAttribute::is(const wchar_t* name) const { return SameName(static_cast<const char*>(m_name), name); }
+int zelXMLAttribute::oneOf(std::initializer_list<const wchar_t*> names) const {
+    return NameOneOf(static_cast<const char*>(m_name), names);
+}
+std::wstring zelXMLAttribute::name() const { return Widen(static_cast<const char*>(m_name)); }
+std::wstring zelXMLAttribute::value() const { return Widen(static_cast<const char*>(m_value)); }
+bool zelXMLAttribute::toInt(int& value) const { return ParseNumber(static_cast<const char*>(m_value), value); }
+bool zelXMLAttribute::toDouble(double& value) const { return ParseNumber(static_cast<const char*>(m_value), value); }
+
 void zelXMLNode::setAttribute(const wchar_t* name, const wchar_t* value) const {
     if (!m_node || !name || !IsXmlName(name)) return;
     pugi::xml_node n = Node(m_node);
@@ -229,57 +265,70 @@ zelXMLFile::zelXMLFile() = default;
 zelXMLFile::~zelXMLFile() = default;
 
 namespace {
-bool Finish(std::shared_ptr<zel_xml::DocumentImpl>& out, std::shared_ptr<zel_xml::DocumentImpl> doc,
-            const pugi::xml_parse_result& r, std::wstring& error) {
-    if (!r) {
-        error = L"XML error at offset " + std::to_wstring(r.offset) + L": " + FromUtf8(r.description());
-        return false;
-    }
-    if (!doc->doc.document_element()) {
-        error = L"XML document has no root element";
-        return false;
+// Checks UTF-8 text and parses it into a fresh document; null, with `fault` set, when it is not well-formed.
+std::shared_ptr<zel_xml::DocumentImpl> Parse(std::string_view utf8, bool preserveWhitespace, uc::xml::Fault& fault) {
+    if (!uc::xml::CheckWellFormed(utf8, fault)) return nullptr;
+    auto doc = std::make_shared<zel_xml::DocumentImpl>();
+    unsigned options = pugi::parse_default | pugi::parse_declaration;
+    if (preserveWhitespace) options |= pugi::parse_ws_pcdata;
+    const pugi::xml_parse_result r = doc->doc.load_buffer(utf8.data(), utf8.size(), options, pugi::encoding_utf8);
+    if (!r || !doc->doc.document_element()) {
+        fault = uc::xml::FaultAt(utf8, r ? 0 : static_cast<std::size_t>(r.offset),
+                                 r ? L"no root element" : FromUtf8(r.description()));
+        return nullptr;
     }
     doc->utf16 = DeclaresUtf16(doc->doc);
-    out = std::move(doc);
-    error.clear();
-    return true;
+    return doc;
 }
 }  // namespace
 
 bool zelXMLFile::open(const wchar_t* path, bool preserveWhitespace) {
     m_doc.reset();
     if (!path) {
-        m_error = L"no path";
+        setError(L"no path");
         return false;
     }
     std::ifstream in(uc::ToFsPath(path), std::ios::binary);
     if (!in) {
-        m_error = std::wstring(L"cannot open ") + path;
+        setError(std::wstring(L"cannot open ") + path);
         return false;
     }
-    std::ostringstream buf;
-    buf << in.rdbuf();
-    const std::string bytes = buf.str();
-    auto doc = std::make_shared<zel_xml::DocumentImpl>();
-    unsigned options = pugi::parse_default | pugi::parse_declaration;
-    if (preserveWhitespace) options |= pugi::parse_ws_pcdata;
-    pugi::xml_parse_result r = doc->doc.load_buffer(bytes.data(), bytes.size(), options, pugi::encoding_auto);
-    return Finish(m_doc, std::move(doc), r, m_error);
+    std::string bytes;
+    in.seekg(0, std::ios::end);
+    bytes.resize(static_cast<std::size_t>(std::max<std::streamoff>(0, in.tellg())));
+    in.seekg(0, std::ios::beg);
+    in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    bytes.resize(static_cast<std::size_t>(in.gcount()));
+    const uc::xml::Encoding encoding = uc::xml::DetectEncoding(bytes);
+    // Other encodings are read as UTF-8 text: lines and columns count characters either way.
+    const std::string converted = encoding == uc::xml::Encoding::Utf8 ? std::string() : ToUtf8(uc::xml::DecodeText(bytes, encoding));
+    uc::xml::Fault fault;
+    m_doc = Parse(encoding == uc::xml::Encoding::Utf8 ? std::string_view(bytes) : std::string_view(converted),
+                  preserveWhitespace, fault);
+    if (!m_doc) {
+        setError(fault.reason, fault.line, fault.column);
+        return false;
+    }
+    setError(L"");
+    return true;
 }
 
 bool zelXMLFile::loadXML(const std::wstring& text) {
     m_doc.reset();
-    auto doc = std::make_shared<zel_xml::DocumentImpl>();
-    const std::string utf8 = ToUtf8(text);
-    pugi::xml_parse_result r =
-        doc->doc.load_buffer(utf8.data(), utf8.size(), pugi::parse_default | pugi::parse_declaration, pugi::encoding_utf8);
-    return Finish(m_doc, std::move(doc), r, m_error);
+    uc::xml::Fault fault;
+    m_doc = Parse(ToUtf8(text), false, fault);
+    if (!m_doc) {
+        setError(fault.reason, fault.line, fault.column);
+        return false;
+    }
+    setError(L"");
+    return true;
 }
 
 bool zelXMLFile::newDocument(const wchar_t* rootName, bool withDeclaration) {
     m_doc.reset();
     if (!rootName || !IsXmlName(rootName)) {
-        m_error = L"invalid root element name";
+        setError(L"invalid root element name");
         return false;
     }
     auto doc = std::make_shared<zel_xml::DocumentImpl>();
@@ -290,7 +339,7 @@ bool zelXMLFile::newDocument(const wchar_t* rootName, bool withDeclaration) {
     }
     doc->doc.append_child(ToUtf8(rootName).c_str());
     m_doc = std::move(doc);
-    m_error.clear();
+    setError(L"");
     return true;
 }
 
@@ -311,6 +360,28 @@ zelXMLNode zelXMLFile::findElementByAttribute(const wchar_t* elementName, const 
         return a && val == a.value();
     });
     return zelXMLNode(m_doc, found.internal_object());
+}
+
+void zelXMLFile::visitElementsNamed(const wchar_t* name, void (*visit)(void*, const zelXMLNode&, int),
+                                    void* context) const {
+    if (!m_doc || !name) return;
+    const pugi::xml_node root = m_doc->doc.document_element();
+    int depth = 0;
+    // Depth-first in document order without recursion: down to the first child, else to the next sibling, else
+    // up until a parent has one.
+    for (pugi::xml_node n = root; n;) {
+        if (n.type() == pugi::node_element && SameName(n.name(), name)) visit(context, zelXMLNode(m_doc, n.internal_object()), depth > 2 ? 2 : depth);
+        if (pugi::xml_node child = n.first_child()) {
+            n = child;
+            ++depth;
+            continue;
+        }
+        while (n && n != root && !n.next_sibling()) {
+            n = n.parent();
+            --depth;
+        }
+        n = n && n != root ? n.next_sibling() : pugi::xml_node();
+    }
 }
 
 bool zelXMLFile::save(const wchar_t* path) const {

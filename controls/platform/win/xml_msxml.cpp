@@ -20,6 +20,7 @@
 #include "platform/text.h"
 #include "platform/win/handles.h"
 #include "platform/xml.h"
+#include "platform/xml_text.h"
 
 namespace {
 // IXMLDOMDocument2 (setProperty) is declared by MinGW's msxml2.h but its id is not in libuuid.
@@ -122,109 +123,7 @@ bool IsXmlName(const std::wstring& name) {
 
 bool IsBlank(wchar_t c) { return c == L' ' || c == L'\t' || c == L'\r' || c == L'\n'; }
 
-using Pairs = std::vector<std::pair<std::wstring, std::wstring>>;
-
-// Pseudo-attributes of a leading "<?xml ...?>"; false when the text does not start with one.
-bool ParseDeclaration(const std::wstring& text, Pairs& out) {
-    if (text.compare(0, 5, L"<?xml") != 0 || text.size() < 6 || !IsBlank(text[5])) return false;
-    const std::size_t end = text.find(L"?>", 5);
-    if (end == std::wstring::npos) return false;
-    std::size_t i = 5;
-    while (i < end) {
-        while (i < end && IsBlank(text[i])) ++i;
-        const std::size_t nameStart = i;
-        while (i < end && !IsBlank(text[i]) && text[i] != L'=') ++i;
-        if (i == nameStart) break;
-        std::wstring name = text.substr(nameStart, i - nameStart);
-        while (i < end && IsBlank(text[i])) ++i;
-        if (i >= end || text[i] != L'=') break;
-        ++i;
-        while (i < end && IsBlank(text[i])) ++i;
-        if (i >= end || (text[i] != L'"' && text[i] != L'\'')) break;
-        const wchar_t quote = text[i++];
-        const std::size_t close = text.find(quote, i);
-        if (close == std::wstring::npos || close > end) break;
-        out.emplace_back(std::move(name), text.substr(i, close - i));
-        i = close + 1;
-    }
-    return true;
-}
-
-bool DeclaresUtf16(const Pairs& decl) {
-    for (const auto& [name, value] : decl) {
-        if (name != L"encoding") continue;
-        std::wstring enc = value;
-        for (wchar_t& c : enc)
-            if (c >= L'A' && c <= L'Z') c = static_cast<wchar_t>(c - L'A' + L'a');
-        return enc.rfind(L"utf-16", 0) == 0;
-    }
-    return false;
-}
-
-// File bytes to text, detecting the encoding as the pugixml back-end does: byte-order marks, BOM-less
-// UTF-16/32 from the leading '<', ISO-8859-1 when the declaration names it, UTF-8 otherwise.
-std::wstring Decode(const std::string& bytes) {
-    const auto* d = reinterpret_cast<const unsigned char*>(bytes.data());
-    const std::size_t n = bytes.size();
-    enum { Utf8, Utf16Le, Utf16Be, Utf32Le, Utf32Be, Latin1 } enc = Utf8;
-    if (n >= 4) {
-        if (d[0] == 0 && d[1] == 0 && d[2] == 0xFE && d[3] == 0xFF) enc = Utf32Be;
-        else if (d[0] == 0xFF && d[1] == 0xFE && d[2] == 0 && d[3] == 0) enc = Utf32Le;
-        else if (d[0] == 0xFE && d[1] == 0xFF) enc = Utf16Be;
-        else if (d[0] == 0xFF && d[1] == 0xFE) enc = Utf16Le;
-        else if (d[0] == 0xEF && d[1] == 0xBB && d[2] == 0xBF) enc = Utf8;
-        else if (d[0] == 0 && d[1] == 0 && d[2] == 0 && d[3] == '<') enc = Utf32Be;
-        else if (d[0] == '<' && d[1] == 0 && d[2] == 0 && d[3] == 0) enc = Utf32Le;
-        else if (d[0] == 0 && d[1] == '<') enc = Utf16Be;
-        else if (d[0] == '<' && d[1] == 0) enc = Utf16Le;
-        else if (bytes.compare(0, 5, "<?xml") == 0) {
-            Pairs decl;
-            const std::size_t end = bytes.find("?>");
-            if (end != std::string::npos && ParseDeclaration(uc::FromUtf8(bytes.substr(0, end + 2)), decl)) {
-                for (const auto& [name, value] : decl) {
-                    if (name != L"encoding") continue;
-                    std::wstring e = value;
-                    for (wchar_t& c : e)
-                        if (c >= L'A' && c <= L'Z') c = static_cast<wchar_t>(c - L'A' + L'a');
-                    if (e == L"iso-8859-1" || e == L"latin1") enc = Latin1;
-                }
-            }
-        }
-    }
-    std::wstring text;
-    switch (enc) {
-    case Utf8: text = uc::FromUtf8(bytes); break;
-    case Latin1: text.assign(d, d + n); break;
-    case Utf16Le:
-    case Utf16Be: {
-        std::u16string u(n / 2, u'\0');
-        for (std::size_t i = 0; i < u.size(); ++i)
-            u[i] = static_cast<char16_t>(enc == Utf16Le ? d[2 * i] | (d[2 * i + 1] << 8) : (d[2 * i] << 8) | d[2 * i + 1]);
-        text = uc::FromUtf16(u);
-        break;
-    }
-    case Utf32Le:
-    case Utf32Be: {
-        std::u16string u;
-        for (std::size_t i = 0; i + 3 < n; i += 4) {
-            std::uint32_t c = enc == Utf32Le ? d[i] | (d[i + 1] << 8) | (d[i + 2] << 16) | (std::uint32_t(d[i + 3]) << 24)
-                                             : (std::uint32_t(d[i]) << 24) | (d[i + 1] << 16) | (d[i + 2] << 8) | d[i + 3];
-            if (c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF)) c = 0xFFFD;
-            if (c >= 0x10000) {
-                c -= 0x10000;
-                u += static_cast<char16_t>(0xD800 + (c >> 10));
-                u += static_cast<char16_t>(0xDC00 + (c & 0x3FF));
-            } else {
-                u += static_cast<char16_t>(c);
-            }
-        }
-        text = uc::FromUtf16(u);
-        break;
-    }
-    }
-    if (!text.empty() && text[0] == 0xFEFF) text.erase(0, 1);
-    return text;
-}
+using uc::xml::Pairs;
 
 // Writes the document in the indented form of the pugixml back-end.
 class Writer {
@@ -412,14 +311,19 @@ IXMLDOMElement* El(void* p) { return static_cast<IXMLDOMElement*>(p); }
 
 void Adopt(DocumentImpl& d, const std::wstring& text) {
     d.declaration.clear();
-    d.hasDeclaration = ParseDeclaration(text, d.declaration);
-    d.utf16 = d.hasDeclaration && DeclaresUtf16(d.declaration);
+    d.hasDeclaration = uc::xml::ParseDeclaration(text, d.declaration);
+    d.utf16 = d.hasDeclaration && uc::xml::DeclaresUtf16(d.declaration);
 }
 
-// Parses `text` into a fresh document; on failure `error` says where and why.
-std::shared_ptr<DocumentImpl> Parse(const std::wstring& text, bool preserveWhitespace, std::wstring& error) {
+// Parses `text` into a fresh document; on failure `fault` says where and why. The text goes through the same
+// well-formedness check as natively first (unless the caller has checked it), so both back-ends refuse the same
+// documents and place the fault the same way, where MSXML (Wine's) may give no position.
+std::shared_ptr<DocumentImpl> Parse(const std::wstring& text, bool preserveWhitespace, bool checked,
+                                    uc::xml::Fault& fault) {
+    if (!checked && !uc::xml::CheckWellFormed(text, fault)) return nullptr;
+    fault = uc::xml::Fault();
     auto d = std::make_shared<DocumentImpl>();
-    if (!d->create(preserveWhitespace, error)) return nullptr;
+    if (!d->create(preserveWhitespace, fault.reason)) return nullptr;
     VARIANT_BOOL ok = VARIANT_FALSE;
     const HRESULT hr = d->doc->loadXML(Bstr(text).get(), &ok);
     if (FAILED(hr) || ok != VARIANT_TRUE) {
@@ -436,16 +340,20 @@ std::shared_ptr<DocumentImpl> Parse(const std::wstring& text, bool preserveWhite
         while (!why.empty() && IsBlank(why.back())) why.pop_back();
         if (why.empty()) why = L"malformed document";
         // Some MSXML implementations (Wine's) report no position; the error code still tells the cause.
-        error = line > 0 ? L"XML error at line " + std::to_wstring(line) + L", column " + std::to_wstring(column) + L": " + why
-                         : uc::Format(L"XML error 0x%08lX: %s", static_cast<unsigned long>(code), why.c_str());
+        if (line > 0) {
+            fault.line = static_cast<std::size_t>(line);
+            fault.column = static_cast<std::size_t>(column);
+            fault.reason = why;
+        } else {
+            fault.reason = uc::Format(L"XML error 0x%08lX: %s", static_cast<unsigned long>(code), why.c_str());
+        }
         return nullptr;
     }
     if (!d->root()) {
-        error = L"XML document has no root element";
+        fault.reason = L"XML document has no root element";
         return nullptr;
     }
     Adopt(*d, text);
-    error.clear();
     return d;
 }
 }  // namespace
@@ -497,6 +405,18 @@ bool zelXMLNode::hasName(const wchar_t* name) const {
     Bstr own;
     if (El(m_node)->get_nodeName(own.put()) != S_OK || !own.get()) return false;
     return std::wcscmp(own.get(), name) == 0;
+}
+
+int zelXMLNode::nameOneOf(std::initializer_list<const wchar_t*> names) const {
+    if (!m_node) return -1;
+    Bstr own;
+    if (El(m_node)->get_nodeName(own.put()) != S_OK || !own.get()) return -1;
+    int i = 0;
+    for (const wchar_t* name : names) {
+        if (name && std::wcscmp(own.get(), name) == 0) return i;
+        ++i;
+    }
+    return -1;
 }
 
 zelXMLNode zelXMLNode::getChildByName(const wchar_t* name) const {
@@ -562,6 +482,55 @@ double zelXMLNode::getAttributeDouble(const wchar_t* name, double defaultValue) 
     return defaultValue;
 }
 
+void zelXMLNode::visitAttributes(void (*visit)(void*, const zelXMLAttribute&), void* context) const {
+    if (!m_node) return;
+    ComPtr<IXMLDOMNamedNodeMap> attrs;
+    if (El(m_node)->get_attributes(attrs.put()) != S_OK || !attrs) return;
+    long count = 0;
+    attrs->get_length(&count);
+    for (long i = 0; i < count; ++i) {
+        ComPtr<IXMLDOMNode> a;
+        if (attrs->get_item(i, a.put()) != S_OK || !a) continue;
+        Bstr name;
+        Variant value;
+        if (a->get_nodeName(name.put()) != S_OK || a->get_nodeValue(&value.v) != S_OK || value.v.vt != VT_BSTR) continue;
+        visit(context, zelXMLAttribute(name.get(), value.v.bstrVal));
+    }
+}
+
+namespace {
+std::wstring FromBstr(const void* b) {
+    const BSTR s = static_cast<BSTR>(const_cast<void*>(b));
+    return s ? std::wstring(s, ::SysStringLen(s)) : std::wstring();
+}
+}  // namespace
+
+bool zelXMLAttribute::is(const wchar_t* name) const {
+    return name && m_name && std::wcscmp(static_cast<const wchar_t*>(m_name), name) == 0;
+}
+int zelXMLAttribute::oneOf(std::initializer_list<const wchar_t*> names) const {
+    int i = 0;
+    for (const wchar_t* name : names) {
+        if (is(name)) return i;
+        ++i;
+    }
+    return -1;
+}
+std::wstring zelXMLAttribute::name() const { return FromBstr(m_name); }
+std::wstring zelXMLAttribute::value() const { return FromBstr(m_value); }
+bool zelXMLAttribute::toInt(int& value) const {
+    int v = 0;
+    if (!uc::ParseInt(FromBstr(m_value), v)) return false;
+    value = v;
+    return true;
+}
+bool zelXMLAttribute::toDouble(double& value) const {
+    double v = 0;
+    if (!uc::ParseDouble(FromBstr(m_value), v)) return false;
+    value = v;
+    return true;
+}
+
 void zelXMLNode::setAttribute(const wchar_t* name, const wchar_t* value) const {
     if (!m_node || !name || !IsXmlName(name)) return;
     El(m_node)->setAttribute(Bstr(name).get(), Variant(std::wstring(value ? value : L"")).v);
@@ -610,44 +579,63 @@ zelXMLFile::~zelXMLFile() = default;
 bool zelXMLFile::open(const wchar_t* path, bool preserveWhitespace) {
     m_doc.reset();
     if (!path) {
-        m_error = L"no path";
+        setError(L"no path");
         return false;
     }
     std::ifstream in(uc::ToFsPath(path), std::ios::binary);
     if (!in) {
-        m_error = std::wstring(L"cannot open ") + path;
+        setError(std::wstring(L"cannot open ") + path);
         return false;
     }
     const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    if (bytes.empty()) {
-        m_error = L"XML document has no root element";
+    const uc::xml::Encoding encoding = uc::xml::DetectEncoding(bytes);
+    uc::xml::Fault fault;
+    // UTF-8 is checked as bytes, so that a malformed sequence is refused rather than read as U+FFFD.
+    const bool utf8 = encoding == uc::xml::Encoding::Utf8;
+    if (utf8 && !uc::xml::CheckWellFormed(bytes, fault)) {
+        setError(fault.reason, fault.line, fault.column);
         return false;
     }
-    m_doc = Parse(Decode(bytes), preserveWhitespace, m_error);
-    return m_doc != nullptr;
+    m_doc = Parse(uc::xml::DecodeText(bytes, encoding), preserveWhitespace, utf8, fault);
+    if (!m_doc) {
+        setError(fault.reason, fault.line, fault.column);
+        return false;
+    }
+    setError(L"");
+    return true;
 }
 
 bool zelXMLFile::loadXML(const std::wstring& text) {
     m_doc.reset();
     std::wstring t = text;
     if (!t.empty() && t[0] == 0xFEFF) t.erase(0, 1);
-    m_doc = Parse(t, false, m_error);
-    return m_doc != nullptr;
+    uc::xml::Fault fault;
+    m_doc = Parse(t, false, false, fault);
+    if (!m_doc) {
+        setError(fault.reason, fault.line, fault.column);
+        return false;
+    }
+    setError(L"");
+    return true;
 }
 
 bool zelXMLFile::newDocument(const wchar_t* rootName, bool withDeclaration) {
     m_doc.reset();
     if (!rootName || !IsXmlName(rootName)) {
-        m_error = L"invalid root element name";
+        setError(L"invalid root element name");
         return false;
     }
     auto d = std::make_shared<DocumentImpl>();
-    if (!d->create(false, m_error)) return false;
+    std::wstring error;
+    if (!d->create(false, error)) {
+        setError(error);
+        return false;
+    }
     ComPtr<IXMLDOMElement> root;
     ComPtr<IXMLDOMNode> added;
     if (FAILED(d->doc->createElement(Bstr(rootName).get(), root.put())) || !root ||
         FAILED(d->doc->appendChild(root.get(), added.put()))) {
-        m_error = L"cannot create the root element";
+        setError(L"cannot create the root element");
         return false;
     }
     if (withDeclaration) {
@@ -655,7 +643,7 @@ bool zelXMLFile::newDocument(const wchar_t* rootName, bool withDeclaration) {
         d->declaration = {{L"version", L"1.0"}, {L"encoding", L"UTF-8"}};
     }
     m_doc = std::move(d);
-    m_error.clear();
+    setError(L"");
     return true;
 }
 
@@ -691,6 +679,26 @@ zelXMLNode zelXMLFile::findElementByAttribute(const wchar_t* elementName, const 
         stack.insert(stack.end(), std::make_move_iterator(children.rbegin()), std::make_move_iterator(children.rend()));
     }
     return {};
+}
+
+void zelXMLFile::visitElementsNamed(const wchar_t* name, void (*visit)(void*, const zelXMLNode&, int),
+                                    void* context) const {
+    if (!m_doc || !name) return;
+    ComPtr<IXMLDOMNodeList> list;
+    if (FAILED(m_doc->doc->getElementsByTagName(Bstr(name).get(), list.put())) || !list) return;
+    // Document order; the depth needs only the node's parent and grandparent (no walk to the top).
+    for (ComPtr<IXMLDOMNode> n; list->nextNode(n.put()) == S_OK && n;) {
+        int depth = 2;
+        ComPtr<IXMLDOMNode> parent, grandparent;
+        if (n->get_parentNode(parent.put()) == S_OK && parent) {
+            if (TypeOf(parent.get()) == NODE_DOCUMENT)
+                depth = 0;
+            else if (parent->get_parentNode(grandparent.put()) == S_OK && grandparent && TypeOf(grandparent.get()) == NODE_DOCUMENT)
+                depth = 1;
+        }
+        const zelXMLNode element = zel_xml::DocumentImpl::wrap(m_doc, n);
+        if (element.isValid()) visit(context, element, depth);
+    }
 }
 
 bool zelXMLFile::save(const wchar_t* path) const {
