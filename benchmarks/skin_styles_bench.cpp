@@ -1,5 +1,5 @@
 // Style repository speed: loading 10,000 styles (a fifth derived through base chains up to depth 5) against a bare
-// XML parse of the same file, and GetStyle by name per lookup.
+// XML parse of the same file, GetStyle by name per lookup, and loading one chain of growing depth (linear time).
 #include <benchmark/benchmark.h>
 
 #include <chrono>
@@ -57,6 +57,19 @@ void BM_LoadOverParse(benchmark::State& state) {
     state.counters["load_over_parse"] = parse > 0 ? load / parse : 0;
 }
 BENCHMARK(BM_LoadOverParse)->Unit(benchmark::kMillisecond)->Iterations(10);
+
+// One chain: every style derives from the one before it. The reported complexity should be N (linear).
+void BM_DeepChainLoad(benchmark::State& state) {
+    const int depth = static_cast<int>(state.range(0));
+    const std::wstring path = uc::bench::ChainFile(depth);
+    StyleRepository* repo = StyleRepository::GetInstance();
+    for (auto _ : state) {
+        if (!repo->LoadFile(path) || repo->GetAllStyles().size() != static_cast<std::size_t>(depth))
+            state.SkipWithError("load failed");
+    }
+    state.SetComplexityN(depth);
+}
+BENCHMARK(BM_DeepChainLoad)->RangeMultiplier(4)->Range(1 << 11, 1 << 17)->Complexity(benchmark::oN)->Unit(benchmark::kMillisecond);
 
 void BM_GetStyleByName(benchmark::State& state) {
     StyleRepository* repo = StyleRepository::GetInstance();

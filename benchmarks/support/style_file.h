@@ -64,4 +64,16 @@ inline const std::wstring& StyleFile() {
     return path;
 }
 
+// A file holding one chain of `depth` styles, each deriving from the one before (written once per depth).
+inline std::wstring ChainFile(int depth) {
+    const auto file = std::filesystem::temp_directory_path() / ("uc_bench_chain_" + std::to_string(depth) + ".xml");
+    std::ofstream out(file, std::ios::binary | std::ios::trunc);
+    out << "<Styles>\n<style id=\"0\" name=\"s0\"><shape shape=\"1\"/></style>\n";
+    for (int i = 1; i < depth; ++i)
+        out << "<style id=\"" << i << "\" name=\"s" << i << "\" basename=\"s" << (i - 1) << "\"><icon location=\""
+            << i % 3 << "\"/></style>\n";
+    out << "</Styles>\n";
+    return uc::FromFsPath(file);
+}
+
 }  // namespace uc::bench

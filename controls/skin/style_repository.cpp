@@ -88,6 +88,7 @@ struct StyleRepository::Resolver {
         std::wstring basename;
         enum State : unsigned char { Unvisited, Visiting, Done } state = Unvisited;
         StyleLoadEntry::Outcome outcome = StyleLoadEntry::Loaded;
+        int base = -1;        // node of its base, once walked (-1: none, or a name no "style" element has)
         int link = -1;        // report link of this node's name
         int detailLink = -1;  // for a failure: the link whose name is reported as its cause
         std::unique_ptr<tButtonStyle> owned;  // resolved values, until handed to the repository
@@ -163,7 +164,7 @@ struct StyleRepository::Resolver {
                 missingLink = MissingLink(node.basename);
                 break;
             }
-            n = it->second;
+            n = node.base = it->second;
         }
         std::size_t settled = path.size();
         if (loopAt < path.size()) {
@@ -231,6 +232,19 @@ struct StyleRepository::Resolver {
         return true;
     }
 
+    // The entry of a root child that is node `n` (its base found through the node, without another search);
+    // false when its chain fails.
+    bool FromNode(int n, StyleLoadEntry& entry) {
+        Resolve(n);
+        const Node& node = nodes[n];
+        entry.chain = links[node.link].next;
+        entry.depth = entry.chain >= 0 ? links[entry.chain].depth : 0;
+        entry.outcome = node.outcome;
+        if (node.outcome == StyleLoadEntry::Loaded) return true;
+        entry.detail = links[node.base >= 0 ? nodes[node.base].detailLink : entry.chain].name;
+        return false;
+    }
+
     std::vector<StyleLoadReport::Link>& links;
     std::deque<Node> nodes;  // a deque: adding a node moves none of the others
     std::unordered_map<std::wstring, int> byName;
@@ -270,7 +284,10 @@ bool StyleRepository::ReadDocument(const zelXMLFile& file) {
     resolver.Index(file);
     int position = 0;
     std::size_t styleChild = 0;
+    // Grown once: every reallocation of a large block makes the allocator sweep its small free blocks.
     m_report.entries.reserve(resolver.styleChildren.size());
+    m_report.links.reserve(2 * resolver.nodes.size());
+    loaded.reserve(resolver.styleChildren.size());
     for (zelXMLNode child = file.getRootElement().getFirstChild(); child.isValid(); ++child, ++position) {
         StyleLoadEntry entry;
         entry.element = position;
@@ -279,16 +296,15 @@ bool StyleRepository::ReadDocument(const zelXMLFile& file) {
         const int node = entry.tag == L"style" && styleChild < resolver.styleChildren.size()
                              ? resolver.styleChildren[styleChild++]
                              : -1;
-        std::wstring basename;
-        child.forEachAttribute([&](const zelXMLAttribute& a) {
-            if (a.is(L"basename")) basename = a.value();
-        });
-        const tButtonStyle* base = nullptr;
-        if (resolver.Base(basename, entry, base)) {
-            if (node >= 0) {
-                resolver.Resolve(node);  // its base is resolved already: this only reads its own element
-                style = std::move(resolver.nodes[static_cast<std::size_t>(node)].owned);
-            } else {
+        if (node >= 0) {
+            if (resolver.FromNode(node, entry)) style = std::move(resolver.nodes[static_cast<std::size_t>(node)].owned);
+        } else {
+            std::wstring basename;
+            child.forEachAttribute([&](const zelXMLAttribute& a) {
+                if (a.is(L"basename")) basename = a.value();
+            });
+            const tButtonStyle* base = nullptr;
+            if (resolver.Base(basename, entry, base)) {
                 style = base ? std::make_unique<tButtonStyle>(*base) : std::make_unique<tButtonStyle>();
                 style->Load(child);
             }
