@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "platform/logger.h"
+#include "platform/text.h"
 #include "power/battery_protocol.h"
 
 namespace bp = uc::power::battery;
@@ -19,20 +20,43 @@ BatteryConnection::~BatteryConnection() {
     m_replies.clear();
 }
 
+bool BatteryConnection::Failed(std::wstring why) {
+    CriticalSectionLock lock(m_lock);
+    m_lastFailure = std::move(why);
+    return false;
+}
+
+std::wstring BatteryConnection::LastFailure() const {
+    CriticalSectionLock lock(m_lock);
+    return m_lastFailure;
+}
+
+bool BatteryConnection::Query(unsigned char command, unsigned char reply, unsigned long timeoutMs,
+                              unsigned char& length, unsigned char* data, const wchar_t* what) {
+    if (!SendCommand(command, 0, nullptr))
+        return Failed(uc::Format(L"the %s command could not be sent (port %d)", what, GetPort()));
+    if (!WaitForAcknowledge(reply, length, data, timeoutMs))
+        return Failed(uc::Format(L"no reply to the %s command within %lu ms", what, timeoutMs));
+    Failed(L"");
+    return true;
+}
+
 bool BatteryConnection::PingBattery() {
     unsigned char length = 0;
     unsigned char data[255];
-    if (!SendCommand(bp::PingCommand, 0, nullptr)) return false;
-    if (!WaitForAcknowledge(bp::PingReply, length, data, PingTimeoutMs)) return false;
-    return length == 1 && data[0] == 0;
+    if (!Query(bp::PingCommand, bp::PingReply, PingTimeoutMs, length, data, L"ping")) return false;
+    if (length != 1 || data[0] != 0)
+        return Failed(length == 1 ? uc::Format(L"the ping reply held 0x%02X, not 0x00", static_cast<unsigned>(data[0]))
+                                  : uc::Format(L"the ping reply held %d bytes, not 1", static_cast<int>(length)));
+    return true;
 }
 
 bool BatteryConnection::GetBatteryStatus(BatteryStatus& status) {
     unsigned char length = 0;
     unsigned char data[255];
-    if (!SendCommand(bp::StatusCommand, 0, nullptr)) return false;
-    if (!WaitForAcknowledge(bp::StatusReply, length, data, StatusTimeoutMs)) return false;
-    if (length != BatteryStatus::Size) return false;
+    if (!Query(bp::StatusCommand, bp::StatusReply, StatusTimeoutMs, length, data, L"status")) return false;
+    if (length != BatteryStatus::Size)
+        return Failed(uc::Format(L"the status reply held %d bytes, not %d", static_cast<int>(length), BatteryStatus::Size));
     status.Initialize(data);
     return true;
 }

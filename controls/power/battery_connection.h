@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "platform/clock.h"
@@ -26,6 +27,10 @@ public:
     bool PingBattery();
     // Reads one status record; false (and `status` untouched) unless the reply holds exactly 39 bytes.
     bool GetBatteryStatus(BatteryStatus& status);
+
+    // Why the last ping or status query failed: the command could not be sent, no reply in time, or what the
+    // reply held instead (empty after a success).
+    std::wstring LastFailure() const;
 
     // Replies received that no caller has taken yet, and callers currently waiting (diagnostics).
     std::size_t PendingReplies() const;
@@ -63,4 +68,9 @@ private:
     std::vector<Reply> m_replies;                     // arrival order; no bound, no ageing
     std::multimap<unsigned char, Waiter> m_waiters;  // one entry per waiting caller, in order of waiting
     unsigned char m_frame[259];                           // scratch for the parser
+    std::wstring m_lastFailure;                           // guarded by m_lock
+
+    bool Failed(std::wstring why);
+    bool Query(unsigned char command, unsigned char reply, unsigned long timeoutMs, unsigned char& length,
+               unsigned char* data, const wchar_t* what);
 };

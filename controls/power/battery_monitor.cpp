@@ -7,7 +7,10 @@
 #include "platform/balloon.h"
 #include "platform/localisation.h"
 #include "platform/logger.h"
+#include "platform/serial/port_map.h"
 #include "platform/serial/usb_serial_lookup.h"
+#include "platform/text.h"
+#include "power/power_probe.h"
 
 void (*BatteryMonitor::g_callback)(const BatteryStatus&) = nullptr;
 bool BatteryMonitor::g_extensiveLogging = false;
@@ -26,16 +29,38 @@ int BatteryMonitor::GetPortNumber(unsigned short vendorId, unsigned short produc
     return uc::serial::FindUsbSerialPort(vendorId, productId, serialNumber);
 }
 
+namespace {
+const wchar_t kSource[] = L"battery module";
+using uc::power::ProbeEvent;
+}  // namespace
+
 bool BatteryMonitor::DetectBattery() {
     char serial[] = "0001";
     const int port = GetPortNumber(VendorId, ProductId, serial);
-    if (port < 0) return false;
+    if (port < 0) {
+        m_lastFailure = uc::Format(L"no USB serial bridge %04X:%04X with serial \"%S\" (looked in %s)", VendorId, ProductId,
+                                   SerialNumber, uc::serial::UsbSerialLookupPlace().c_str());
+        uc::power::ReportProbe({ProbeEvent::NotFound, kSource, -1, L"", m_lastFailure});
+        return false;
+    }
     return DetectBatteryOnPort(port);
 }
 
 bool BatteryMonitor::DetectBatteryOnPort(int port) {
-    if (!m_connection.Open(port, BaudRate)) return false;
-    if (m_connection.PingBattery()) return true;
+    const std::wstring device = uc::serial::PortDevicePath(port);
+    uc::power::ReportProbe({ProbeEvent::Opening, kSource, port, device, L""});
+    if (!m_connection.Open(port, BaudRate)) {
+        m_lastFailure = m_connection.GetOpenError();
+        uc::power::ReportProbe({ProbeEvent::OpenFailed, kSource, port, device, m_lastFailure});
+        return false;
+    }
+    if (m_connection.PingBattery()) {
+        m_lastFailure.clear();
+        uc::power::ReportProbe({ProbeEvent::Answered, kSource, port, device, L""});
+        return true;
+    }
+    m_lastFailure = m_connection.LastFailure();
+    uc::power::ReportProbe({ProbeEvent::NoAnswer, kSource, port, device, m_lastFailure});
     m_connection.Close(true);
     return false;
 }
@@ -68,10 +93,17 @@ void BatteryMonitor::LogFaultHistory() const {
 
 bool BatteryMonitor::GetCurrentStatus(EPowerSource& source, int& percent, const wchar_t*& stateText,
                                       WarningLevel& level) {
-    if (!IsValid()) return false;
+    if (!IsValid()) {
+        m_lastFailure = L"the port is not open";
+        return false;
+    }
     BatteryStatus& status = m_history[m_current];
     // On failure the slot stays put, so the next query overwrites the same record.
-    if (!m_connection.GetBatteryStatus(status)) return false;
+    if (!m_connection.GetBatteryStatus(status)) {
+        m_lastFailure = m_connection.LastFailure();
+        return false;
+    }
+    m_lastFailure.clear();
     if (g_callback) g_callback(status);
     if (g_extensiveLogging) {
         UC_LOG(zelLogger::StateReport)(L"Current battery state:");

@@ -1,6 +1,8 @@
 // BatteryMonitor: the power monitor of the built-in battery module (USB serial bridge, framed protocol).
 #pragma once
 
+#include <string>
+
 #include "platform/clock.h"
 #include "platform/export.h"
 #include "power/battery_connection.h"
@@ -28,6 +30,10 @@ public:
     bool IsBatteryModule() const override { return true; }
     bool GetCurrentStatus(EPowerSource& source, int& percent, const wchar_t*& stateText, WarningLevel& level) override;
 
+    // Why the last detection or query failed (no bridge found, the port's open error, the link's failure),
+    // for tools; empty after a success.
+    const std::wstring& LastFailure() const { return m_lastFailure; }
+
     // The record read by the last successful query (zero-filled before the first).
     const BatteryStatus& GetLastStatus() const;
     int GetCurrentSlot() const { return m_current; }
@@ -51,6 +57,7 @@ private:
 
     BatteryStatus* m_history;  // HistorySize records
     int m_current = 0;         // slot the next reading is written to
+    std::wstring m_lastFailure;
 
     static void (*g_callback)(const BatteryStatus&);
     static bool g_extensiveLogging;

@@ -2,6 +2,7 @@
 #include "power/ups_connection.h"
 
 #include "platform/logger.h"
+#include "platform/text.h"
 #include "power/ups_protocol.h"
 
 namespace ups = uc::power::ups;
@@ -37,22 +38,37 @@ void CUPSConnection::Tokenize(CCircularBuffer& received) {
     if (any) m_dataEvent.Set();
 }
 
+bool CUPSConnection::Failed(std::wstring why) {
+    CriticalSectionLock lock(m_bufferLock);
+    m_lastFailure = std::move(why);
+    return false;
+}
+
+std::wstring CUPSConnection::LastFailure() const {
+    CriticalSectionLock lock(m_bufferLock);
+    return m_lastFailure;
+}
+
 bool CUPSConnection::SendCommand(unsigned char command, unsigned char* reply, unsigned int replyLength) {
-    if (!IsOpen() || reply == nullptr || replyLength == 0) return false;
+    if (!IsOpen() || reply == nullptr || replyLength == 0) return Failed(IsOpen() ? L"no room for a reply" : L"the port is not open");
     CriticalSectionLock commandLock(m_commandLock);
     const unsigned char bytes[2] = {command, ups::CarriageReturn};
     if (!SendData(bytes, 2)) {
         UC_LOG(zelLogger::Failure)(L"SendCommand - SendData failed");
-        return false;
+        return Failed(uc::Format(L"the command \"%c\" could not be sent", static_cast<wchar_t>(command)));
     }
     for (;;) {
-        if (!m_dataEvent.Wait(uc::Millis(ReplyTimeoutMs))) return false;
+        if (!m_dataEvent.Wait(uc::Millis(ReplyTimeoutMs)))
+            return Failed(uc::Format(L"no reply to \"%c\" within %lu ms", static_cast<wchar_t>(command), ReplyTimeoutMs));
         CriticalSectionLock bufferLock(m_bufferLock);
         unsigned int size = 0;
         switch (ups::TakeReply(m_buffer, replyLength, reply, size)) {
             case ups::ReplyResult::Reply:
+                m_lastFailure.clear();
                 return true;
             case ups::ReplyResult::TooLong:
+                m_lastFailure = uc::Format(L"the reply to \"%c\" was longer than %u characters",
+                                           static_cast<wchar_t>(command), replyLength);
                 return false;
             case ups::ReplyResult::NoData:
                 UC_LOG(zelLogger::Failure)(L"SendCommand - Data event triggered with no data");

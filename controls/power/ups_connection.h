@@ -1,6 +1,8 @@
 // CUPSConnection: the UPS's serial link, one letter command and its carriage-return-terminated reply at a time.
 #pragma once
 
+#include <string>
+
 #include "platform/clock.h"
 #include "platform/export.h"
 #include "platform/serial/circular_buffer.h"
@@ -27,6 +29,9 @@ public:
 
     // Bytes waiting in the link's own buffer (diagnostics).
     unsigned int BufferedBytes() const;
+    // Why the last command failed: port closed, not sent, no reply in time, or a reply too long (empty after
+    // a success).
+    std::wstring LastFailure() const;
 
 protected:
     void Tokenize(CCircularBuffer& received) override;
@@ -36,4 +41,7 @@ private:
     mutable CriticalSection m_bufferLock;  // m_buffer
     uc::Event m_dataEvent;                 // auto-reset: bytes were received
     CCircularBuffer m_buffer;
+    std::wstring m_lastFailure;  // guarded by m_bufferLock
+
+    bool Failed(std::wstring why);
 };

@@ -10,6 +10,9 @@
 #include "platform/logger.h"
 #include "platform/profile.h"
 #include "platform/serial/ftdi_port.h"
+#include "platform/serial/port_map.h"
+#include "platform/text.h"
+#include "power/power_probe.h"
 #include "power/ups_protocol.h"
 
 namespace ups = uc::power::ups;
@@ -21,6 +24,7 @@ std::recursive_mutex g_instanceMutex;
 CUPSMonitor* g_instance = nullptr;
 
 const wchar_t* const kStatusSection = L"Settings\\Status";
+const wchar_t kSource[] = L"UPS";
 std::atomic<long long> g_defaultSettleMs{25};
 }  // namespace
 
@@ -73,10 +77,15 @@ bool CUPSMonitor::ConnectUPS() {
 }
 
 bool CUPSMonitor::TestUPSPort(int port) {
+    using uc::power::ProbeEvent;
+    const std::wstring device = uc::serial::PortDevicePath(port);
+    uc::power::ReportProbe({ProbeEvent::Opening, kSource, port, device, L""});
     // "Attemping" is the spelling service staff search the logs for.
     UC_LOG(zelLogger::Detail)(L"Attemping to connect to port %d...", port);
     if (!m_connection.Open(port, ups::BaudRate)) {
         UC_LOG(zelLogger::StateReport)(L"Could not open connection on port %d", port);
+        m_lastFailure = m_connection.GetOpenError();
+        uc::power::ReportProbe({ProbeEvent::OpenFailed, kSource, port, device, m_lastFailure});
         return false;
     }
     UC_LOG(zelLogger::StateReport)(L"Opened connection on port %d", port);
@@ -85,9 +94,11 @@ bool CUPSMonitor::TestUPSPort(int port) {
     if (Detect()) {
         UC_LOG(zelLogger::StateReport)(L"Handshake successful on port %d", port);
         vex_utils::WriteProfileInt(kStatusSection, L"UPSPort", port);
+        uc::power::ReportProbe({ProbeEvent::Answered, kSource, port, device, L""});
         return true;
     }
     UC_LOG(zelLogger::StateReport)(L"Handshake unsuccessful on port %d", port);
+    uc::power::ReportProbe({ProbeEvent::NoAnswer, kSource, port, device, m_lastFailure});
     m_connection.Close(true);
     UC_LOG(zelLogger::StateReport)(L"Closed connection on port %d", port);
     return false;
@@ -102,28 +113,47 @@ bool CUPSMonitor::Detect() {
 }
 
 IPowerMonitor::EPowerSource CUPSMonitor::GetPowerSource() {
-    if (!m_connection.IsOpen()) return PowerUnknown;
+    if (!m_connection.IsOpen()) {
+        m_lastFailure = L"the port is not open";
+        return PowerUnknown;
+    }
     unsigned char reply[2] = {0, 0};
-    if (!m_connection.SendCommand(ups::PowerSourceCommand, reply, 1)) return PowerUnknown;
-    return static_cast<EPowerSource>(ups::PowerSourceFromReply(std::string(1, static_cast<char>(reply[0]))));
+    if (!m_connection.SendCommand(ups::PowerSourceCommand, reply, 1)) {
+        m_lastFailure = m_connection.LastFailure();
+        return PowerUnknown;
+    }
+    const auto source = static_cast<EPowerSource>(ups::PowerSourceFromReply(std::string(1, static_cast<char>(reply[0]))));
+    if (source == PowerUnknown)
+        m_lastFailure = uc::Format(L"the reply to \"P\" was 0x%02X, neither \"1\" nor \"0\"", static_cast<unsigned>(reply[0]));
+    return source;
 }
 
 int CUPSMonitor::GetBatteryLevel(EPowerSource source) {
     if (source == PowerUnknown || !m_connection.IsOpen()) return -1;
     std::vector<int> values;
+    std::wstring why;
     for (int i = 0; i < 3; ++i) {
         unsigned char reply[4];
         std::memset(reply, 0, sizeof reply);
-        if (!m_connection.SendCommand(ups::BatteryLevelCommand, reply, 3)) continue;
+        if (!m_connection.SendCommand(ups::BatteryLevelCommand, reply, 3)) {
+            why = m_connection.LastFailure();
+            continue;
+        }
         const std::string text(reinterpret_cast<const char*>(reply));
         int value = 0;
-        if (!text.empty() && ups::ParseBatteryLevel(text, value)) values.push_back(value);
+        if (!text.empty() && ups::ParseBatteryLevel(text, value) && value >= 0 && value <= 100)
+            values.push_back(value);
+        else
+            why = uc::Format(L"the reply to \"B\" was \"%S\", not a level from 0 to 100", text.c_str());
     }
-    return ups::AverageLevel(values);
+    const int level = ups::AverageLevel(values);
+    if (level < 0) m_lastFailure = L"no battery level in three tries (last: " + why + L")";
+    return level;
 }
 
 bool CUPSMonitor::GetCurrentStatus(EPowerSource& source, int& percent, const wchar_t*& stateText,
                                    WarningLevel& level) {
+    m_lastFailure.clear();
     source = GetPowerSource();
     stateText = source == PowerBattery ? L"UPS depleting" : source == PowerLine ? L"UPS charging" : L"UPS unknown";
     if (source == PowerUnknown) return false;

@@ -1,6 +1,8 @@
 // CUPSMonitor: the power monitor of an external UPS on a plain serial port, with port search and shutdown orders.
 #pragma once
 
+#include <string>
+
 #include "platform/clock.h"
 #include "platform/export.h"
 #include "power/power_monitor.h"
@@ -41,6 +43,9 @@ public:
     static bool HasRegisteredInstance();
     // Tries only `port` (service tools that know where the UPS is).
     bool ConnectOnPort(int port) { return TestUPSPort(port); }
+    // Why the last handshake or query failed (the port's open error, no reply, an unusable reply), for tools;
+    // empty after a success.
+    const std::wstring& LastFailure() const { return m_lastFailure; }
 
 protected:
     bool Detect();
@@ -60,4 +65,5 @@ private:
 
     uc::Clock& m_clock;
     uc::Millis m_settle;
+    std::wstring m_lastFailure;
 };

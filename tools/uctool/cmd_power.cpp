@@ -1,4 +1,5 @@
 // uctool "power": find the power source, read it once or repeatedly, and run device simulators for service work.
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -8,13 +9,17 @@
 #include <memory>
 #include <ostream>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "command.h"
 #include "platform/balloon.h"
+#include "platform/logger.h"
 #include "platform/serial/port_map.h"
 #include "platform/serial/usb_serial_lookup.h"
 #include "platform/text.h"
 #include "power/battery_monitor.h"
+#include "power/power_probe.h"
 #include "power/simulator/battery_simulator.h"
 #include "power/simulator/simulator_host.h"
 #include "power/simulator/ups_simulator.h"
@@ -51,7 +56,150 @@ const wchar_t* const kUsage =
     L"  --delay MS --silent --twice --garbage HEX --split N --split-delay MS --wrong-end\n"
     L"  --com N              Windows: serve on COMN (one end of a null-modem pair);\n"
     L"                       elsewhere: also link the pty as comN in the serial folder\n"
-    L"  --for SECONDS        stop after this long";
+    L"  --for SECONDS        stop after this long\n"
+    L"EVERY COMMAND:\n"
+    L"  -v                   the library's log lines on standard error as they are written\n"
+    L"  --log FILE           the library's log appended to FILE\n"
+    L"When nothing is found, every port and lookup tried is listed with what happened; on a terminal the\n"
+    L"search shows which port it is trying.";
+
+void Usage(std::wostream& err) { err << kUsage << L"\n"; }
+
+// Refuses whatever the known options left: an unknown or misspelt option, an option without its value, a
+// stray word. Each is a usage error: nothing is probed on a guess.
+bool NoLeftovers(const Args& args, std::wostream& err) {
+    if (args.empty()) return true;
+    static const wchar_t* const valued[] = {L"--port", L"--only", L"--map", L"--serial-dir", L"--sysfs", L"--dev",
+                                            L"--registry-root", L"--interval", L"--count", L"--log", L"--voltage",
+                                            L"--percent", L"--state", L"--source", L"--level", L"--shutdown-reply",
+                                            L"--delay", L"--garbage", L"--split", L"--split-delay", L"--com", L"--for"};
+    const std::wstring& a = args[0];
+    if (std::find(std::begin(valued), std::end(valued), a) != std::end(valued))
+        err << L"uctool power: " << a << L" needs a value\n";
+    else if (!a.empty() && a[0] == L'-')
+        err << L"uctool power: unknown option '" << a << L"'\n";
+    else
+        err << L"uctool power: unexpected argument '" << a << L"'\n";
+    Usage(err);
+    return false;
+}
+
+// -v and --log for the length of one command; the logger is put back as it was afterwards.
+class LogOptions {
+public:
+    LogOptions(Args& args, std::wostream& err, bool& bad) : m_previousFile(zelLogger::Instance().GetLogFile()) {
+        std::wstring file;
+        if (TakeOption(args, L"--log", file)) {
+            if (file.empty() || !std::ofstream(uc::ToFsPath(file), std::ios::app)) {
+                err << L"uctool power: cannot write the log to '" << file << L"'\n";
+                bad = true;
+            } else {
+                zelLogger::Instance().SetLogFile(file);
+                m_fileSet = true;
+            }
+        }
+        if (TakeFlag(args, L"-v") | TakeFlag(args, L"--verbose")) {
+            m_listening = true;
+            zelLogger::Instance().SetListener([&err](const zelLogger::Entry& e) {
+                err << L"log: " << uc::FromUtf8(e.file) << L":" << e.line << L": " << e.text << L"\n";
+                err.flush();
+            });
+        }
+    }
+    ~LogOptions() {
+        if (m_listening) zelLogger::Instance().SetListener(nullptr);
+        if (m_fileSet) zelLogger::Instance().SetLogFile(m_previousFile);
+    }
+    LogOptions(const LogOptions&) = delete;
+    LogOptions& operator=(const LogOptions&) = delete;
+
+private:
+    std::wstring m_previousFile;
+    bool m_fileSet = false;
+    bool m_listening = false;
+};
+
+// What a search tried, kept for the explanation when nothing answers, and shown as it goes on a terminal.
+class SearchReport {
+public:
+    SearchReport(std::wostream& err, bool progress) : m_err(err), m_progress(progress) {
+        uc::power::SetProbeObserver([this](const uc::power::ProbeEvent& e) { OnStep(e); });
+    }
+    ~SearchReport() {
+        uc::power::SetProbeObserver(nullptr);
+        ClearProgress();
+    }
+    SearchReport(const SearchReport&) = delete;
+    SearchReport& operator=(const SearchReport&) = delete;
+
+    // "no power source found" and every step tried, the progress line cleared first.
+    void Explain(std::wostream& out) {
+        ClearProgress();
+        out << L"no power source found\n";
+        for (const Step& step : m_steps) {
+            out << L"  " << step.source;
+            if (step.firstPort >= 0 && step.lastPort == step.firstPort)
+                out << L" on port " << step.firstPort << L" ("
+                    << (step.firstDevice.empty() ? std::wstring(L"no device") : step.firstDevice) << L")";
+            else if (step.firstPort >= 0)
+                out << L" on ports " << step.firstPort << L" to " << step.lastPort << L" (" << step.firstDevice << L" to "
+                    << step.lastDevice << L")";
+            out << L": " << step.text << L"\n";
+        }
+    }
+
+private:
+    // One line of the explanation: a step, or a run of ports that failed to open for the same reason.
+    struct Step {
+        std::wstring source;
+        int firstPort = -1, lastPort = -1;
+        std::wstring firstDevice, lastDevice;
+        std::wstring text;
+    };
+
+    void OnStep(const uc::power::ProbeEvent& e) {
+        using Kind = uc::power::ProbeEvent::Kind;
+        if (e.kind == Kind::Opening) {
+            if (!m_progress) return;
+            const std::wstring text = L"trying " + std::wstring(e.source) + L" on port " + std::to_wstring(e.port) +
+                                      (e.device.empty() ? L"" : L" (" + e.device + L")") + L"...";
+            m_err << L"\r" << text << std::wstring(m_shown > text.size() ? m_shown - text.size() : 0, L' ');
+            m_err.flush();
+            m_shown = text.size();
+            return;
+        }
+        std::wstring text = e.detail;
+        if (e.kind == Kind::OpenFailed) {
+            // "PATH: reason" would say the path twice once the line names it.
+            if (!e.device.empty() && text.rfind(e.device + L": ", 0) == 0) text.erase(0, e.device.size() + 2);
+            text = L"cannot open: " + text;
+            Step* last = m_steps.empty() ? nullptr : &m_steps.back();
+            if (last && last->source == e.source && last->text == text && last->lastPort + 1 == e.port &&
+                !e.device.empty() && !last->lastDevice.empty()) {
+                last->lastPort = e.port;
+                last->lastDevice = e.device;
+                return;
+            }
+        } else if (e.kind == Kind::Answered) {
+            text = L"answered";
+        } else if (e.kind == Kind::NoAnswer) {
+            text = L"opened; " + text;
+        }
+        m_steps.push_back({e.source, e.port, e.port, e.device, e.device, text});
+    }
+
+    void ClearProgress() {
+        if (!m_shown) return;
+        m_err << L"\r" << std::wstring(m_shown, L' ') << L"\r";
+        m_err.flush();
+        m_shown = 0;
+    }
+
+    std::wostream& m_err;
+    bool m_progress;
+    std::size_t m_shown = 0;  // characters of the progress line on screen
+    std::vector<Step> m_steps;
+};
 
 bool ParseIntOption(Args& args, const std::wstring& name, int& value, std::wostream& err, bool& bad) {
     std::wstring text;
@@ -78,6 +226,7 @@ bool ApplyPortOptions(Args& args, int& port, std::wostream& err) {
         else if (only == L"ups") g_only = Only::Ups;
         else {
             err << L"uctool power: --only takes battery or ups\n";
+            Usage(err);
             return false;
         }
     }
@@ -88,6 +237,7 @@ bool ApplyPortOptions(Args& args, int& port, std::wostream& err) {
         int n = 0;
         if (eq == std::wstring::npos || !uc::ParseInt(value.substr(0, eq), n)) {
             err << L"uctool power: --map needs N=PATH\n";
+            Usage(err);
             return false;
         }
         uc::serial::MapPort(n, value.substr(eq + 1));
@@ -96,6 +246,7 @@ bool ApplyPortOptions(Args& args, int& port, std::wostream& err) {
     if (TakeOption(args, L"--sysfs", value)) uc::serial::SetSysfsRoot(value);
     if (TakeOption(args, L"--dev", value)) uc::serial::SetDeviceRoot(value);
     if (TakeOption(args, L"--registry-root", value)) uc::serial::SetDeviceRegistryRoot(value);
+    if (bad) Usage(err);
     return !bad;
 }
 
@@ -103,6 +254,9 @@ struct Found {
     std::unique_ptr<IPowerMonitor> monitor;
     int port = -1;
     BatteryMonitor* battery = nullptr;
+    CUPSMonitor* ups = nullptr;
+
+    std::wstring Failure() const { return battery ? battery->LastFailure() : ups ? ups->LastFailure() : L""; }
 };
 
 // The same order as IPowerMonitor::Create (battery module first), keeping track of the port.
@@ -120,8 +274,17 @@ Found Detect(int port) {
     auto ups = std::make_unique<CUPSMonitor>();
     if (port >= 0 ? ups->ConnectOnPort(port) : ups->Create()) {
         f.port = ups->GetPort();
+        f.ups = ups.get();
         f.monitor = std::move(ups);
     }
+    return f;
+}
+
+// Detects with the search shown on a terminal; when nothing answers, says so with every step tried.
+Found DetectExplained(int port, std::wostream& out, std::wostream& err) {
+    SearchReport report(err, ErrorIsTerminal());
+    Found f = Detect(port);
+    if (!f.monitor) report.Explain(out);
     return f;
 }
 
@@ -156,7 +319,9 @@ bool PrintReading(Found& f, std::wostream& out, bool record, bool raw) {
     const bool ok = f.monitor->GetCurrentStatus(source, percent, text, level);
     out << L"source:  " << Describe(f) << L"\n";
     if (!ok) {
-        out << L"reading: failed" << (text ? std::wstring(L" (") + text + L")" : L"") << L"\n";
+        const std::wstring why = f.Failure();
+        out << L"reading: failed" << (text ? std::wstring(L" (") + text + L")" : L"") << (why.empty() ? L"" : L": " + why)
+            << L"\n";
         return false;
     }
     out << L"power:   " << SourceName(source) << L"\n"
@@ -189,21 +354,18 @@ void WatchBalloons(std::wostream& out) {
 
 int Detect(Args args, std::wostream& out, std::wostream& err) {
     int port = -1;
-    if (!ApplyPortOptions(args, port, err)) return 2;
-    Found f = Detect(port);
-    out << Describe(f) << L"\n";
+    if (!ApplyPortOptions(args, port, err) || !NoLeftovers(args, err)) return 2;
+    Found f = DetectExplained(port, out, err);
+    if (f.monitor) out << Describe(f) << L"\n";
     return f.monitor ? 0 : 1;
 }
 
 int Status(Args args, std::wostream& out, std::wostream& err) {
     const bool raw = TakeFlag(args, L"--raw");
     int port = -1;
-    if (!ApplyPortOptions(args, port, err)) return 2;
-    Found f = Detect(port);
-    if (!f.monitor) {
-        out << Describe(f) << L"\n";
-        return 1;
-    }
+    if (!ApplyPortOptions(args, port, err) || !NoLeftovers(args, err)) return 2;
+    Found f = DetectExplained(port, out, err);
+    if (!f.monitor) return 1;
     WatchBalloons(out);
     const bool ok = PrintReading(f, out, true, raw);
     BalloonMessageService::SetPresenter(nullptr);
@@ -216,16 +378,17 @@ int Watch(Args args, std::wostream& out, std::wostream& err) {
     ParseIntOption(args, L"--interval", interval, err, bad);
     ParseIntOption(args, L"--count", count, err, bad);
     int port = -1;
-    if (bad || interval < 0 || !ApplyPortOptions(args, port, err)) return 2;
-    if (!args.empty()) {
-        err << L"uctool power: unknown argument '" << args[0] << L"'\n";
+    if (interval < 0) {
+        err << L"uctool power: --interval cannot be negative\n";
+        bad = true;
+    }
+    if (bad) {
+        Usage(err);
         return 2;
     }
-    Found f = Detect(port);
-    if (!f.monitor) {
-        out << Describe(f) << L"\n";
-        return 1;
-    }
+    if (!ApplyPortOptions(args, port, err) || !NoLeftovers(args, err)) return 2;
+    Found f = DetectExplained(port, out, err);
+    if (!f.monitor) return 1;
     g_stop = false;
     std::signal(SIGINT, OnSignal);
     std::signal(SIGTERM, OnSignal);
@@ -276,7 +439,8 @@ std::wstring FakeBatteryTree(const std::wstring& device) {
 
 int Simulate(Args args, std::wostream& out, std::wostream& err) {
     if (args.empty() || (args[0] != L"battery" && args[0] != L"ups")) {
-        err << kUsage << L"\n";
+        err << L"uctool power: simulate needs battery or ups\n";
+        Usage(err);
         return 2;
     }
     const bool battery = args[0] == L"battery";
@@ -320,11 +484,11 @@ int Simulate(Args args, std::wostream& out, std::wostream& err) {
         if (TakeOption(args, L"--shutdown-reply", value)) ups.SetShutdownReply(uc::ToUtf8(value));
         ups.SetFaults(faults);
     }
-    if (bad) return 2;
-    if (!args.empty()) {
-        err << L"uctool power: unknown argument '" << args[0] << L"'\n";
+    if (bad) {
+        Usage(err);
         return 2;
     }
+    if (!NoLeftovers(args, err)) return 2;
 
     sim::SimulatorHost host(battery ? static_cast<sim::SimulatorEngine&>(module) : static_cast<sim::SimulatorEngine&>(ups));
     const wchar_t* what = battery ? L"battery module" : L"UPS";
@@ -381,15 +545,25 @@ int Simulate(Args args, std::wostream& out, std::wostream& err) {
 
 int Run(const Args& all, std::wostream& out, std::wostream& err) {
     if (all.empty()) {
-        err << kUsage << L"\n";
+        Usage(err);
         return 2;
     }
-    Args args(all.begin() + 1, all.end());
-    if (all[0] == L"detect") return Detect(args, out, err);
-    if (all[0] == L"status") return Status(args, out, err);
-    if (all[0] == L"watch") return Watch(args, out, err);
-    if (all[0] == L"simulate") return Simulate(args, out, err);
-    err << L"uctool power: unknown action '" << all[0] << L"'\n" << kUsage << L"\n";
+    using Action = int (*)(Args, std::wostream&, std::wostream&);
+    const std::pair<const wchar_t*, Action> actions[] = {
+        {L"detect", Detect}, {L"status", Status}, {L"watch", Watch}, {L"simulate", Simulate}};
+    for (const auto& [name, action] : actions) {
+        if (all[0] != name) continue;
+        Args args(all.begin() + 1, all.end());
+        bool bad = false;
+        const LogOptions logging(args, err, bad);
+        if (bad) {
+            Usage(err);
+            return 2;
+        }
+        return action(std::move(args), out, err);
+    }
+    err << L"uctool power: unknown action '" << all[0] << L"'\n";
+    Usage(err);
     return 2;
 }
 

@@ -50,6 +50,13 @@ int Dispatch(const Args& args, std::wostream& out, std::wostream& err) {
     return 2;
 }
 
+namespace {
+bool g_errorIsTerminal = false;
+}  // namespace
+
+void SetErrorIsTerminal(bool terminal) { g_errorIsTerminal = terminal; }
+bool ErrorIsTerminal() { return g_errorIsTerminal; }
+
 bool TakeOption(Args& args, const std::wstring& name, std::wstring& value) {
     for (std::size_t i = 0; i < args.size(); ++i) {
         if (args[i] == name && i + 1 < args.size()) {

@@ -23,6 +23,10 @@ bool Register(Command command);
 const std::vector<Command>& Commands();
 int Dispatch(const Args& args, std::wostream& out, std::wostream& err);
 
+// Whether standard error is a terminal (set by main): commands show progress there and nowhere else.
+void SetErrorIsTerminal(bool terminal);
+bool ErrorIsTerminal();
+
 // "--name=value" or "--name value" option lookup; removes what it consumes from `args`.
 bool TakeOption(Args& args, const std::wstring& name, std::wstring& value);
 bool TakeFlag(Args& args, const std::wstring& name);

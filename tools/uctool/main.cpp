@@ -8,6 +8,14 @@
 #include "platform/text.h"
 
 #ifdef _WIN32
+#include <io.h>
+#define UC_STDERR_IS_TERMINAL() (_isatty(_fileno(stderr)) != 0)
+#else
+#include <unistd.h>
+#define UC_STDERR_IS_TERMINAL() (isatty(2) != 0)
+#endif
+
+#ifdef _WIN32
 int wmain(int argc, wchar_t** argv) {
     uctool::Args args(argv + 1, argv + argc);
 #else
@@ -22,5 +30,6 @@ int main(int argc, char** argv) {
             std::fputs("started\n", f);
             std::fclose(f);
         }
+    uctool::SetErrorIsTerminal(UC_STDERR_IS_TERMINAL());
     return uctool::Dispatch(args, std::wcout, std::wcerr);
 }

@@ -15,7 +15,10 @@ CSerialConnection::~CSerialConnection() {
 
 bool CSerialConnection::Open(int port, int baud) {
     std::lock_guard<std::mutex> state(m_stateMutex);
-    if (m_open) return false;
+    if (m_open) {
+        m_openError = L"the connection is open already";
+        return false;
+    }
     if (m_thread.joinable()) {
         // Left behind by a Close from the receiving thread: finish it and release its port first.
         m_thread.join();
@@ -30,8 +33,10 @@ bool CSerialConnection::Open(int port, int baud) {
     std::unique_ptr<uc::serial::PortBackend> backend = uc::serial::OpenPortBackend(port, dcb, error);
     if (!backend) {
         UC_LOG(zelLogger::Fallback)(L"CSerialConnection::Open - port %d: %s", port, error.c_str());
+        m_openError = error;
         return false;
     }
+    m_openError.clear();
     {
         std::lock_guard<std::mutex> g(m_receiveMutex);
         m_received.Clear();
@@ -89,6 +94,11 @@ bool CSerialConnection::SendData(const unsigned char* bytes, unsigned int count)
     if (!m_open || !m_backend) return false;
     if (count == 0) return true;
     return m_backend->Write(bytes, count);
+}
+
+std::wstring CSerialConnection::GetOpenError() const {
+    std::lock_guard<std::mutex> state(m_stateMutex);
+    return m_openError;
 }
 
 std::uint64_t CSerialConnection::GetReceivedCount() const {

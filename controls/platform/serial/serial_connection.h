@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
 
 #include "platform/clock.h"
@@ -41,6 +42,8 @@ public:
     int GetPort() const { return m_port.load(); }
     // False once the receiving thread has stopped on a port failure (device unplugged).
     bool IsReceiving() const { return m_receiving.load(); }
+    // Why the last Open failed, naming the device path where there is one; empty after a successful Open.
+    std::wstring GetOpenError() const;
 
     // Bytes received since Open, for diagnostics and for tests that must know a chunk has been handled.
     std::uint64_t GetReceivedCount() const;
@@ -72,4 +75,5 @@ private:
     std::atomic<bool> m_open{false};
     std::atomic<bool> m_receiving{false};
     std::atomic<int> m_port{-1};
+    std::wstring m_openError;  // guarded by m_stateMutex
 };

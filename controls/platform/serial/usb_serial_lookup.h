@@ -18,6 +18,9 @@ UC_API int FindUsbSerialPort(unsigned short vendorId, unsigned short productId, 
 // Windows: instances under HKLM "SYSTEM\CurrentControlSet\Enum\FTDIBUS" named "VID_xxxx+...".
 UC_API int FindUsbSerialPortOfVendor(unsigned short vendorId);
 
+// Where FindUsbSerialPort looks, for messages: the sysfs folder, or the registry key of USB devices.
+UC_API std::wstring UsbSerialLookupPlace();
+
 // Windows: the key that stands for HKEY_LOCAL_MACHINE in these lookups, as "HKEY_CURRENT_USER\\Software\\x"
 // (tests point it at a fake tree); empty restores HKEY_LOCAL_MACHINE.
 UC_API void SetDeviceRegistryRoot(const std::wstring& keyPath);

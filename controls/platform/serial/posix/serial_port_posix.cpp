@@ -138,7 +138,8 @@ void DefaultLineSetup(DCB& dcb, int baud) {
 std::unique_ptr<PortBackend> OpenPortBackend(int port, const DCB& dcb, std::wstring& error) {
     const std::wstring path = PortDevicePath(port);
     if (path.empty()) {
-        error = L"no device is mapped to this port";
+        error = L"no device behind port " + std::to_wstring(port) + L" (no mapping, no " + GetPortDirectory() + L"/com" +
+                std::to_wstring(port) + L")";
         return nullptr;
     }
     UniqueFd fd(::open(ToUtf8(path).c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));

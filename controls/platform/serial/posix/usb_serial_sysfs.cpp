@@ -125,6 +125,8 @@ void SetDeviceRoot(const std::wstring& path) {
     g_dev = path.empty() ? L"/dev" : path;
 }
 
+std::wstring UsbSerialLookupPlace() { return GetSysfsRoot() + L"/class/tty"; }
+
 std::wstring GetSysfsRoot() {
     std::lock_guard<std::mutex> g(g_mutex);
     return g_sysfs;

@@ -99,6 +99,11 @@ void SetDeviceRegistryRoot(const std::wstring& keyPath) {
     g_root = keyPath;
 }
 
+std::wstring UsbSerialLookupPlace() {
+    std::lock_guard<std::mutex> g(g_mutex);
+    return (g_root.empty() ? std::wstring(L"HKEY_LOCAL_MACHINE") : g_root) + L"\\SYSTEM\\CurrentControlSet\\Enum\\USB";
+}
+
 void SetSysfsRoot(const std::wstring&) {}
 void SetDeviceRoot(const std::wstring&) {}
 std::wstring GetSysfsRoot() { return {}; }
