@@ -74,22 +74,42 @@ TEST(StyleCommand, CheckNamesEveryDroppedElementAndWhy) {
     StyleRepository::DestroyInstance();
 }
 
-TEST(StyleCommand, UnreadableFilesAndBadUsage) {
+TEST(StyleCommand, UnreadableOrMalformedFilesFailWithTheirPlace) {
     uc::test::TempDir dir;
-    for (const char* bytes : {"", "<Styles><style", "\x01\x02 not xml"}) {
+    const std::pair<const char*, const wchar_t*> cases[] = {
+        {"", L":1:1: "},
+        {"<Styles><style", L":1:9: "},
+        {"<Styles><style id=\"1\"/></Styles>\n<Styles><style id=\"2\"/></Styles>", L":2:1: "},
+        {"<Styles>\n<style id=\"1\" id=\"2\"/></Styles>", L":2:15: "},
+        {"<Styles><style name=\"a & b\"/></Styles>", L":1:24: "},
+        {"<Styles><style name=\"&bull;\"/></Styles>", L":1:22: "}};
+    for (const auto& [bytes, place] : cases) {
         const std::wstring file = dir.write(L"bad.xml", bytes);
         const Outcome r = Style({L"check", file});
-        EXPECT_EQ(r.rc, 1);
-        EXPECT_TRUE(Has(r.err, L"cannot read")) << r.err;
-        EXPECT_EQ(Style({L"normalise", file}).rc, 1);
+        EXPECT_EQ(r.rc, 1) << bytes;
+        EXPECT_EQ(r.err.rfind(file + place, 0), 0u) << r.err;
+        EXPECT_EQ(Style({L"normalise", file}).rc, 1) << "nothing is rewritten from a malformed file";
     }
     EXPECT_EQ(Style({L"check", dir.file(L"missing.xml")}).rc, 1);
-    EXPECT_EQ(Style({}).rc, 2);
-    EXPECT_EQ(Style({L"paint"}).rc, 2);
-    EXPECT_EQ(Style({L"check"}).rc, 2);
-    EXPECT_EQ(Style({L"gallery", Sample()}).rc, 2) << "--out is required";
-    EXPECT_EQ(Style({L"gallery", Sample(), L"--out", dir.file(L"g.png"), L"--size", L"3x3"}).rc, 2);
-    EXPECT_EQ(Style({L"gallery", Sample(), L"--out", dir.file(L"g.png"), L"--size", L"wide"}).rc, 2);
+    for (const std::vector<std::wstring>& args : std::vector<std::vector<std::wstring>>{
+             {}, {L"paint"}, {L"check"}, {L"gallery", Sample()},
+             {L"gallery", Sample(), L"--out", dir.file(L"g.png"), L"--size", L"3x3"},
+             {L"gallery", Sample(), L"--out", dir.file(L"g.png"), L"--size", L"wide"}})
+        EXPECT_EQ(Style(args).rc, 2);
+    StyleRepository::DestroyInstance();
+}
+
+TEST(StyleCommand, ADeepChainIsNamedInOneBoundedLine) {
+    uc::test::TempDir dir;
+    std::string body = "<Styles><style id=\"0\" name=\"s0\"/>";
+    for (int i = 1; i < 500; ++i)
+        body += "<style id=\"" + std::to_string(i) + "\" name=\"s" + std::to_string(i) + "\" basename=\"s" +
+                std::to_string(i - 1) + "\"/>";
+    const Outcome r = Style({L"check", dir.write(L"deep.xml", body + "</Styles>")});
+    ASSERT_EQ(r.rc, 0) << r.err;
+    EXPECT_TRUE(Has(r.out, L"style 499 \"s499\"  derives from <- \"s498\" <- \"s497\" <- \"s496\" <- \"s495\" <- \"s494\" "
+                           L"<- \"s493\" <- \"s492\" <- \"s491\" <- ... (491 more)\n"));
+    EXPECT_LT(r.out.size(), 500u * 600u) << "output grows with the number of styles, not with chain depth squared";
     StyleRepository::DestroyInstance();
 }
 
@@ -145,12 +165,11 @@ TEST(StyleCommand, DescriptionsAndLayout) {
     ok.tag = L"style";
     EXPECT_EQ(DescribeProblem(ok), L"");
 
+    // The last face ends one gap before the page's edge, and every row has room for four label lines.
     const GalleryLayout layout(3, 100, 40);
-    EXPECT_EQ(layout.cellWidth, 100 + 2 * GalleryLayout::kGap);
-    EXPECT_EQ(layout.width, GalleryLayout::kLabelWidth + 5 * layout.cellWidth + GalleryLayout::kGap);
-    EXPECT_EQ(layout.height, GalleryLayout::kHeaderHeight + 3 * layout.cellHeight + GalleryLayout::kGap);
     EXPECT_EQ(layout.FaceX(4) + layout.faceWidth + GalleryLayout::kGap, layout.width - GalleryLayout::kGap);
-    EXPECT_GE(layout.cellHeight, 4 * GalleryLayout::kLineHeight) << "room for four label lines";
+    EXPECT_EQ(layout.FaceY(2) + layout.cellHeight, layout.height);
+    EXPECT_GE(layout.cellHeight, 4 * GalleryLayout::kLineHeight);
     EXPECT_EQ(GalleryLayout(0, 1, 1).faceWidth, 8) << "faces never shrink below 8 pixels";
 }
 
