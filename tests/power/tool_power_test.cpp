@@ -99,24 +99,29 @@ TEST_F(PowerCommandTest, AFailedSearchSaysWhatWasTriedAndWhatHappened) {
     sim::SimulatorHost host(ups);
     const int port = StartSimulator(host, 0, 2400);
     ASSERT_GE(port, 0);
-    uc::serial::MapPort(port + 1, L"/nonexistent/ttyUSB9");
     uctool::SetErrorIsTerminal(true);
     // (The UPS only: a battery ping would wait out its time-out in real time.)
     Result r = Tool({L"power", L"detect", L"--only", L"ups", L"--port", std::to_wstring(port)});
     uctool::SetErrorIsTerminal(false);
     EXPECT_EQ(r.code, 1);
-    const std::wstring on = L" on port " + std::to_wstring(port) + L" (" + host.DevicePath() + L"): ";
+    const std::wstring on = L" on port " + std::to_wstring(port) + L" (" + uc::serial::PortDevicePath(port) + L"): ";
     EXPECT_EQ(r.out.rfind(L"no power source found\n", 0), 0u) << r.out;
     EXPECT_NE(r.out.find(L"UPS" + on + L"opened; the reply to \"P\" was 0x3F"), std::wstring::npos) << r.out;
     EXPECT_NE(r.err.find(L"\rtrying UPS" + on.substr(0, on.size() - 2) + L"..."), std::wstring::npos)
         << "progress on a terminal: " << r.err;
     EXPECT_EQ(r.err.back(), L'\r') << "the progress line is cleared";
 
+    // A port no device answers on: its path and why it did not open.
+    r = Tool({L"power", L"detect", L"--only", L"ups", L"--port", L"0"});
+    EXPECT_TRUE(r.err.empty()) << "no progress when standard error is not a terminal";
+#ifdef _WIN32
+    EXPECT_NE(r.out.find(L"UPS on port 0 (\\\\.\\COM0): cannot open: Win32 error 2"), std::wstring::npos) << r.out;
+#else
+    EXPECT_NE(r.out.find(L"UPS on port 0 (no device): cannot open: no device behind port 0"), std::wstring::npos) << r.out;
+    uc::serial::MapPort(port + 1, L"/nonexistent/ttyUSB9");
     r = Tool({L"power", L"detect", L"--only", L"ups", L"--port", std::to_wstring(port + 1)});
     EXPECT_NE(r.out.find(L"(/nonexistent/ttyUSB9): cannot open: No such file"), std::wstring::npos) << r.out;
-    EXPECT_TRUE(r.err.empty()) << "no progress when standard error is not a terminal";
-    r = Tool({L"power", L"detect", L"--only", L"ups", L"--port", L"0"});
-    EXPECT_NE(r.out.find(L"(no device): cannot open: no device behind port 0"), std::wstring::npos) << r.out;
+#endif
     r = Tool({L"power", L"status", L"--only", L"battery"});
     EXPECT_NE(r.out.find(L"battery module: no USB serial bridge 10C4:EA60 with serial \"0001\" (looked in "),
               std::wstring::npos) << r.out;

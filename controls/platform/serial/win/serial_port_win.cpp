@@ -10,7 +10,17 @@
 namespace uc::serial {
 namespace {
 
-std::wstring ErrorText(DWORD code) { return L"Win32 error " + std::to_wstring(code); }
+// "Win32 error 2 (The system cannot find the file specified.)": the number for searches, the words for people.
+std::wstring ErrorText(DWORD code) {
+    std::wstring text = L"Win32 error " + std::to_wstring(code);
+    wchar_t buffer[256] = {};
+    const DWORD n = ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0, buffer,
+                                     static_cast<DWORD>(sizeof buffer / sizeof buffer[0]), nullptr);
+    std::wstring words(buffer, n);
+    while (!words.empty() && (words.back() == L'\n' || words.back() == L'\r' || words.back() == L' ')) words.pop_back();
+    if (!words.empty()) text += L" (" + words + L")";
+    return text;
+}
 
 // Waits for an overlapped operation or the cancel event. True when the operation completed.
 bool WaitOverlapped(HANDLE port, OVERLAPPED& ov, HANDLE cancel, DWORD& transferred, bool& cancelled) {
