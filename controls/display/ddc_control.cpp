@@ -15,6 +15,10 @@ DDCDriverFactory& Factory() {
     static DDCDriverFactory factory = DDCDriverFactory::PlatformDefault();
     return factory;
 }
+uc::Clock*& PauseClock() {
+    static uc::Clock* clock = nullptr;
+    return clock;
+}
 uc::display::StrictMode& Strict() {
     static uc::display::StrictMode mode;
     return mode;
@@ -74,7 +78,10 @@ void DDCControl::ClearDevices() {
 void DDCControl::AddDevices(DdcBusDriver*& driver, const std::function<std::unique_ptr<DdcBusDriver>()>& make) {
     if (!driver && make) {
         driver = make().release();
-        if (driver) driver->SetStrictMode(Strict());
+        if (driver) {
+            driver->SetStrictMode(Strict());
+            if (PauseClock()) driver->SetClock(*PauseClock());
+        }
     }
     if (!driver) return;
     const unsigned count = driver->Enumerate();
@@ -132,6 +139,13 @@ void DDCControl::SetStrictMode(const uc::display::StrictMode& mode) {
     Strict() = mode;
     if (m_nvidiaDriver) m_nvidiaDriver->SetStrictMode(mode);
     if (m_atiDriver) m_atiDriver->SetStrictMode(mode);
+}
+
+void DDCControl::SetClock(uc::Clock* clock) {
+    PauseClock() = clock;
+    uc::Clock& use = clock ? *clock : uc::Clock::System();
+    if (m_nvidiaDriver) m_nvidiaDriver->SetClock(use);
+    if (m_atiDriver) m_atiDriver->SetClock(use);
 }
 
 void DDCControl::SetDriverFactory(DDCDriverFactory factory) { Factory() = std::move(factory); }

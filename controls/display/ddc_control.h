@@ -65,6 +65,8 @@ public:
 
     // Beyond the console's defaults: checksum verification and retries for every bus driver, present or later.
     static void SetStrictMode(const uc::display::StrictMode& mode);
+    // The clock the bus drivers pause on (the system clock unless set; null restores it). It must outlive them.
+    static void SetClock(uc::Clock* clock);
     // Where drivers come from; applies to drivers created after the call (call Destroy first to replace them).
     static void SetDriverFactory(DDCDriverFactory factory);
     static DdcBusDriver* GetNvidiaDriver() { return m_nvidiaDriver; }
