@@ -9,6 +9,18 @@
 
 namespace uc::test {
 
+bool ScreenTakesGammaRamps() {
+#ifdef _WIN32
+    HDC dc = ::GetDC(nullptr);
+    WORD ramp[3][256];
+    const bool ok = dc && ::GetDeviceGammaRamp(dc, ramp) && ::SetDeviceGammaRamp(dc, ramp);
+    if (dc) ::ReleaseDC(nullptr, dc);
+    return ok;
+#else
+    return false;
+#endif
+}
+
 DisplayProfileSandbox::DisplayProfileSandbox() : m_previous(GetProfileLocation()) {
 #ifdef _WIN32
     static std::atomic<int> counter{0};

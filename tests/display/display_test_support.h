@@ -49,6 +49,10 @@ private:
     std::vector<long long> m_pauses;
 };
 
+// Whether this machine's screen lets a program read and set its gamma ramp (never off Windows; not under Wine
+// on an X server without the XFree86-VidModeExtension, such as Xvfb).
+bool ScreenTakesGammaRamps();
+
 // The application profile points at a fresh place (an INI file natively, an HKCU key on Windows) for one test.
 class DisplayProfileSandbox {
 public:

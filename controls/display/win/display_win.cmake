@@ -27,7 +27,9 @@ uc_display_sim_library(uc_adl_sim atiadlxx ${UC_DISPLAY_SIM_DIR} simulator/win/a
 uc_display_sim_library(uc_adl_sim_partial atiadlxy ${UC_DISPLAY_SIM_DIR}/partial simulator/win/adl_sim.cpp)
 target_compile_definitions(uc_adl_sim_partial PRIVATE UC_ADL_SIM_PARTIAL)
 foreach(sim uc_nvapi_sim uc_adl_sim)
-  add_custom_command(TARGET ${sim} POST_BUILD
-    COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_BINARY_DIR}/tools/uctool
-    COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:${sim}> ${CMAKE_BINARY_DIR}/tools/uctool/)
+  foreach(dir tools/uctool benchmarks/win)
+    add_custom_command(TARGET ${sim} POST_BUILD
+      COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_BINARY_DIR}/${dir}
+      COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:${sim}> ${CMAKE_BINARY_DIR}/${dir}/)
+  endforeach()
 endforeach()

@@ -7,34 +7,44 @@
 #include "display_test_support.h"
 
 namespace {
-using uc::display::GammaRamp;
+using namespace uc::display;
 
 bool ReadScreen(GammaRamp& ramp) {
     HDC dc = ::GetDC(nullptr);
-    const bool ok = ::GetDeviceGammaRamp(dc, &ramp) != FALSE;
-    ::ReleaseDC(nullptr, dc);
+    const bool ok = dc && ::GetDeviceGammaRamp(dc, &ramp) != FALSE;
+    if (dc) ::ReleaseDC(nullptr, dc);
     return ok;
 }
 
-TEST(ScreenGamma, WhatTheSystemAllows) {
+TEST(ScreenGamma, TheRampIsSetWhereTheSystemAllowsItAndLeftAloneWhereNot) {
     uc::test::DisplayProfileSandbox profile;
+    const bool takesRamps = uc::test::ScreenTakesGammaRamps();
+    RecordProperty("screen_takes_gamma_ramps", takesRamps ? "yes" : "no");
     GammaRamp before{};
     const bool readable = ReadScreen(before);
-    std::printf("GetDeviceGammaRamp: %s\n", readable ? "ok" : "refused");
     {
         WinI2CDriver driver;
+        EXPECT_EQ(driver.HasSavedRamp(), readable);
+        const bool applied = driver.SetVCP(0, 0x10, 150);
+        EXPECT_EQ(applied, takesRamps);
+        EXPECT_EQ(driver.Value(GammaBrightness), 150) << "kept whether or not the screen took it";
         GammaRamp now{};
-        ReadScreen(now);
-        std::printf("after construction: %s\n", now == before ? "unchanged" : "changed");
-        const bool set = driver.SetVCP(0, 0x10, 150);
-        std::printf("SetVCP brightness 150: %s\n", set ? "applied" : "refused");
-        ReadScreen(now);
-        std::printf("red[0]=%u red[128]=%u red[255]=%u (before: %u %u %u)\n", now.red[0], now.red[128], now.red[255],
-                    before.red[0], before.red[128], before.red[255]);
+        if (ReadScreen(now)) {
+            const std::uint8_t values[6] = {150, 180, 1, 100, 100, 100};
+            const std::uint8_t maxima[6] = {200, 200, 6, 100, 100, 100};
+            GammaRamp expected;
+            ComputeGammaRamp(values, maxima, expected);
+            EXPECT_EQ(now == expected, applied);
+            if (!applied) {
+                EXPECT_TRUE(now == before) << "a refused ramp leaves the previous one";
+            }
+        }
     }
     GammaRamp after{};
-    ReadScreen(after);
-    std::printf("after destruction: %s\n", after == before ? "restored" : "different");
+    if (readable) {
+        ASSERT_TRUE(ReadScreen(after));
+        EXPECT_TRUE(after == before) << "leaving puts back the ramp that was there";
+    }
 }
 
 }  // namespace

@@ -155,7 +155,9 @@ TEST_F(VendorTest, NvapiWithoutSomeFunctionsDegrades) {
         EXPECT_EQ(driver.Enumerate(), c.devices);
         std::string name = "kept";
         EXPECT_EQ(driver.GetName(0, name), c.named);
-        if (!c.named) EXPECT_EQ(name, "kept");
+        if (!c.named) {
+            EXPECT_EQ(name, "kept");
+        }
     }
 }
 

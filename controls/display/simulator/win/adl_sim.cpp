@@ -71,11 +71,11 @@ const Adapter* FindAdapter(const std::vector<Adapter>& adapters, int index) {
     return nullptr;
 }
 
-bool SamePhysical(const Adapter& a, const Adapter& b) {
+[[maybe_unused]] bool SamePhysical(const Adapter& a, const Adapter& b) {
     return a.bus == b.bus && a.device == b.device && a.function == b.function;
 }
 
-void Copy(char* to, const std::string& text) {
+[[maybe_unused]] void Copy(char* to, const std::string& text) {
     std::strncpy(to, text.c_str(), adl::MaxPath - 1);
     to[adl::MaxPath - 1] = 0;
 }
