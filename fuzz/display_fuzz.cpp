@@ -67,7 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         NoWait clock;
         I2cBusDriver driver(std::make_unique<ReplayBuses>(data, size));
         driver.SetClock(clock);
-        driver.SetStrictMode({size % 2 == 0, size % 3});
+        driver.SetStrictMode({size % 2 == 0, static_cast<unsigned>(size % 3)});
         if (driver.Enumerate() == 1) {
             std::uint8_t maximum = 0, current = 0;
             std::string name;
