@@ -30,6 +30,9 @@ public:
     bool ReadAt(std::uint64_t offset, void* buffer, std::size_t size, std::size_t& got);
     bool WriteAt(std::uint64_t offset, const void* data, std::size_t size);
     bool Size(std::uint64_t& size);
+    // First offset at or after `offset` that may hold data; a range before it is a hole and reads as zeros.
+    // Where the system cannot tell, `offset` itself.
+    std::uint64_t DataFrom(std::uint64_t offset);
     bool Truncate(std::uint64_t size);
     bool Flush();
 

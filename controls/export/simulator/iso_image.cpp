@@ -362,18 +362,28 @@ bool IsoImage::Fill(const Segment& segment, std::uint64_t offset, std::uint8_t* 
         if (m_fileNode != segment.node) {
             m_file.Close();
             m_fileNode = nullptr;
-            if (!m_file.Open(segment.node->source, BlockFile::Mode::Read)) {
+            std::uint64_t size = 0;
+            if (!m_file.Open(segment.node->source, BlockFile::Mode::Read) || !m_file.Size(size)) {
                 error = {m_file.LastErrorNumber(), m_file.LastError()};
+                return false;
+            }
+            if (size < segment.bytes) {
+                error = {0, "'" + PathUtf8(segment.node->source) + "' became shorter while it was being written"};
                 return false;
             }
             m_fileNode = segment.node;
         }
+        // Holes in a sparse source are zeros: no need to read them.
+        const std::uint64_t data = std::min<std::uint64_t>(m_file.DataFrom(offset), offset + content);
+        const std::size_t skip = static_cast<std::size_t>(data - offset);
+        std::memset(out, 0, skip);
+        if (skip == content) return true;
         std::size_t got = 0;
-        if (!m_file.ReadAt(offset, out, content, got)) {
+        if (!m_file.ReadAt(data, out + skip, content - skip, got)) {
             error = {m_file.LastErrorNumber(), m_file.LastError() + " ('" + PathUtf8(segment.node->source) + "')"};
             return false;
         }
-        if (got != content) {
+        if (got != content - skip) {
             error = {0, "'" + PathUtf8(segment.node->source) + "' became shorter while it was being written"};
             return false;
         }

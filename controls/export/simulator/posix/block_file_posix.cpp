@@ -88,6 +88,14 @@ bool BlockFile::Size(std::uint64_t& size) {
     return true;
 }
 
+std::uint64_t BlockFile::DataFrom(std::uint64_t offset) {
+    const off_t next = ::lseek(static_cast<int>(m_handle), static_cast<off_t>(offset), SEEK_DATA);
+    if (next >= 0) return static_cast<std::uint64_t>(next);
+    std::uint64_t size = 0;
+    if (errno == ENXIO && Size(size) && offset < size) return size;  // only a hole up to the end
+    return offset;
+}
+
 bool BlockFile::Truncate(std::uint64_t size) {
     if (::ftruncate(static_cast<int>(m_handle), static_cast<off_t>(size)) != 0) {
         Fail("cannot truncate file");

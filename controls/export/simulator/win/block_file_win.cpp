@@ -106,6 +106,9 @@ bool BlockFile::Size(std::uint64_t& size) {
     return true;
 }
 
+// Allocated-range queries need FSCTL support from the file system; reading through holes is always right.
+std::uint64_t BlockFile::DataFrom(std::uint64_t offset) { return offset; }
+
 bool BlockFile::Truncate(std::uint64_t size) {
     LARGE_INTEGER where{};
     where.QuadPart = static_cast<LONGLONG>(size);
