@@ -280,5 +280,22 @@ TEST_F(DiscLibraryTest, BadInputGivesClearFailures) {
     EXPECT_TRUE(ReadImage(image).empty());
 }
 
+TEST_F(DiscLibraryTest, AnImageFromElsewhereCanBeTheAppendableDiscAndADamagedStateIsRefused) {
+    ASSERT_TRUE(client.Burn({Folder("Old", {{"old.txt", "old"}})}).Ok());
+    fs::remove(image.string() + ".medium");  // only the image is left, as if another program had written it
+    Use("medium=dvd+r;state=appendable");
+    BurnOutcome r = client.Burn({Folder("New", {{"new.txt", "new"}})}, /*append=*/true);
+    ASSERT_TRUE(r.Ok()) << r.step << ": " << r.text;
+    const auto files = ReadImage(image);
+    EXPECT_EQ(files.at("/Old/old.txt"), "old");
+    EXPECT_EQ(files.at("/New/new.txt"), "new");
+
+    std::ofstream(image.string() + ".medium") << "medium dvd+r\ntrack 0 zz\n";
+    r = client.Burn({root / "source"}, true);
+    EXPECT_EQ(r.step, "Create");
+    EXPECT_EQ(r.exception, EN_UNRECOGNIZED_MEDIA);
+    EXPECT_NE(r.text.find("line 2"), std::string::npos) << r.text;
+}
+
 }  // namespace
 }  // namespace uc::test
