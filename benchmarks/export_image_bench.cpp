@@ -13,6 +13,7 @@
 
 #include "export/simulator/block_file.h"
 #include "export/simulator/file_tree.h"
+#include "export/simulator/image_pump.h"
 #include "export/simulator/iso_image.h"
 
 namespace {
@@ -50,16 +51,14 @@ bool BuildImageFile(const fs::path& tree, const fs::path& out) {
     if (!image.Build(files, 0, {"BENCH", "P", "A"}, 0, error)) return false;
     BlockFile file;
     if (!file.Open(out, BlockFile::Mode::ReadWrite) || !file.Truncate(0)) return false;
-    std::vector<std::uint8_t> buffer(1 << 20);
     std::uint64_t at = 0;
-    for (;;) {
-        std::size_t produced = 0;
-        StreamError streamError;
-        if (!image.Read(buffer.data(), buffer.size(), produced, streamError)) return false;
-        if (produced == 0) break;
-        if (!file.WriteAt(at, buffer.data(), produced)) return false;
-        at += produced;
-    }
+    StreamError streamError;
+    const bool read = PumpImage(image, image.Bytes(), 1 << 20, [&](std::uint8_t* data, std::size_t size) {
+        if (!file.WriteAt(at, data, size)) return false;
+        at += size;
+        return true;
+    }, streamError);
+    if (!read) return false;
     return at == image.Bytes();
 }
 

@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "export/simulator/file_tree.h"
+#include "export/simulator/image_pump.h"
 #include "export/simulator/iso_format.h"
 
 namespace uc::disc {
@@ -297,24 +298,15 @@ DeviceStatus DiscEngine::WriteTrack(IsoImage& image, bool nextSessionAllowed,
     const std::uint64_t descriptorsBegin = static_cast<std::uint64_t>(kSystemAreaBlocks) * kBlockSize;
     const std::uint64_t descriptorsEnd = static_cast<std::uint64_t>(image.DescriptorEnd()) * kBlockSize;
     const std::uint64_t total = static_cast<std::uint64_t>(blocks) * kBlockSize;
-    std::vector<std::uint8_t> buffer(kChunk);
-    image.Rewind();
     std::uint64_t written = 0;
     DeviceStatus failure;
-    while (written < total) {
-        std::size_t produced = 0;
-        StreamError streamError;
-        const std::size_t want = static_cast<std::size_t>(std::min<std::uint64_t>(kChunk, total - written));
-        if (!image.Read(buffer.data(), want, produced, streamError)) {
-            failure = {EN_SYSTEM_CALL_FAILED, streamError.systemError, streamError.why};
-            break;
-        }
-        std::memset(buffer.data() + produced, 0, want - produced);  // CD padding past the image
+    StreamError streamError;
+    const bool read = PumpImage(image, total, kChunk, [&](std::uint8_t* chunk, std::size_t want) {
         // Hold the descriptor blocks back: the session only becomes readable when it is closed.
         const std::uint64_t from = std::max(written, descriptorsBegin), to = std::min(written + want, descriptorsEnd);
         if (from < to) {
-            std::memcpy(&m_pendingDescriptors[from - descriptorsBegin], &buffer[from - written], to - from);
-            std::memset(&buffer[from - written], 0, to - from);
+            std::memcpy(&m_pendingDescriptors[from - descriptorsBegin], &chunk[from - written], to - from);
+            std::memset(&chunk[from - written], 0, to - from);
         }
         std::size_t usable = want;
         if (failAt != UINT64_MAX && (written + want) / kBlockSize > failAt) {
@@ -323,17 +315,18 @@ DeviceStatus DiscEngine::WriteTrack(IsoImage& image, bool nextSessionAllowed,
         }
         // Zeros beyond the end of the file are left as a hole (sparse image), so large empty areas cost no disk.
         const std::uint64_t at = base + written;
-        if (usable > 0 && !(at >= fileSize && AllZero(buffer.data(), usable))) {
-            if (!file.WriteAt(at, buffer.data(), usable)) {
+        if (usable > 0 && !(at >= fileSize && AllZero(chunk, usable))) {
+            if (!file.WriteAt(at, chunk, usable)) {
                 failure = {EN_SYSTEM_CALL_FAILED, file.LastErrorNumber(), file.LastError()};
-                break;
+                return false;
             }
             fileSize = std::max(fileSize, at + usable);
         }
         written += usable;
         if (progress) progress(written / kBlockSize, blocks);
-        if (!failure.Ok()) break;
-    }
+        return failure.Ok();
+    }, streamError);
+    if (!read && failure.Ok()) failure = {EN_SYSTEM_CALL_FAILED, streamError.systemError, streamError.why};
     if (failure.Ok() && fileSize < base + total && !file.Truncate(base + total))
         failure = {EN_SYSTEM_CALL_FAILED, file.LastErrorNumber(), file.LastError()};
     if (failure.Ok() && !file.Flush()) failure = {EN_SYSTEM_CALL_FAILED, file.LastErrorNumber(), file.LastError()};

@@ -124,8 +124,11 @@ bool IsoImage::Build(const FileTree& tree, std::uint32_t startLba, const VolumeT
         auto byId = [](const Entry& a, const Entry& b) { return a.id < b.id; };
         std::sort(dirs[i].iso.begin(), dirs[i].iso.end(), byId);
         std::sort(dirs[i].joliet.begin(), dirs[i].joliet.end(), byId);
+        // Collected first: pushing onto `dirs` may move dirs[i] and its entry lists.
+        std::vector<const TreeNode*> subfolders;
         for (const Entry& e : dirs[i].iso)
-            if (e.node->directory) dirs.push_back({e.node, i, {}, {}});
+            if (e.node->directory) subfolders.push_back(e.node);
+        for (const TreeNode* folder : subfolders) dirs.push_back({folder, i, {}, {}});
         if (dirs.size() > 65535) {
             error = "more than 65535 folders do not fit the path table";
             return false;
