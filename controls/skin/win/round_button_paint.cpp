@@ -51,36 +51,21 @@ bool Readable(Bitmap* image) { return image && image->GetLastStatus() == Ok && i
 
 }  // namespace
 
-void RoundButtonPainter::ReleaseSurface() {
-    if (m_memDc && m_originalBitmap) ::SelectObject(m_memDc.get(), m_originalBitmap);
-    m_originalBitmap = nullptr;
-    m_bitmap.reset();
-    m_memDc.reset();
-    m_surfaceWidth = m_surfaceHeight = 0;
+bool RoundButtonPainter::Image::Matches(const RoundButtonLook& l, int w, int h, bool left, int console) const {
+    return valid && width == w && height == h && layoutLeft == left && consoleType == console &&
+           look.faceState == l.faceState && look.gray == l.gray && look.font == l.font && look.icon == l.icon &&
+           look.iconLocation == l.iconLocation && look.type == l.type && look.incrementRate == l.incrementRate &&
+           look.caption == l.caption && style == *l.style;
 }
 
-HDC RoundButtonPainter::Surface(HDC dc, int width, int height) {
-    if (m_memDc && width <= m_surfaceWidth && height <= m_surfaceHeight) return m_memDc.get();
-    ReleaseSurface();
-    // A 24-bit DIB whatever `dc` is: a compatible bitmap of a memory DC could be monochrome, and without an
-    // alpha byte the colour key matches GDI+'s opaque pixels as well as the fill.
-    UniqueHdc mem(::CreateCompatibleDC(dc));
-    BITMAPINFO info{};
-    info.bmiHeader.biSize = sizeof(info.bmiHeader);
-    info.bmiHeader.biWidth = width;
-    info.bmiHeader.biHeight = -height;  // top-down
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 24;
-    info.bmiHeader.biCompression = BI_RGB;
-    void* bits = nullptr;
-    UniqueHBitmap bitmap(mem ? ::CreateDIBSection(mem.get(), &info, DIB_RGB_COLORS, &bits, nullptr, 0) : nullptr);
-    if (!bitmap) return nullptr;
-    m_originalBitmap = ::SelectObject(mem.get(), bitmap.get());
-    m_memDc = std::move(mem);
-    m_bitmap = std::move(bitmap);
-    m_surfaceWidth = width;
-    m_surfaceHeight = height;
-    return m_memDc.get();
+RoundButtonPainter::~RoundButtonPainter() { Invalidate(); }
+
+void RoundButtonPainter::Invalidate() {
+    for (Image& image : m_images) {
+        image.bitmap.reset();
+        image.valid = false;
+        image.width = image.height = 0;
+    }
 }
 
 void RoundButtonPainter::Draw(HDC dc, int width, int height, const RoundButtonLook& look) {
@@ -93,26 +78,75 @@ void RoundButtonPainter::Draw(HDC dc, int width, int height, const RoundButtonLo
         width = w;
         height = h;
     }
-    HDC surface = nullptr;
     if (m_offScreen) {
-        if (static_cast<long long>(width) * height <= kMaxOffScreenPixels) surface = Surface(dc, width, height);
-        if (!surface && m_loggedDirect != std::make_pair(width, height)) {
+        if (static_cast<long long>(width) * height <= kMaxOffScreenPixels && DrawOffScreen(dc, width, height, look))
+            return;
+        if (m_loggedDirect != std::make_pair(width, height)) {
             UC_LOG(zelLogger::Fallback)(L"Round button %dx%d painted directly: no off-screen bitmap", width, height);
             m_loggedDirect = {width, height};
         }
     }
-    if (!surface) {
-        SavedDc saved(dc);
-        Paint(dc, width, height, look);
-        return;
+    SavedDc saved(dc);
+    ++m_drawn;
+    Paint(dc, width, height, look);
+}
+
+bool RoundButtonPainter::DrawOffScreen(HDC dc, int width, int height, const RoundButtonLook& look) {
+    if (!m_memDc) m_memDc.reset(::CreateCompatibleDC(nullptr));
+    if (!m_memDc) return false;
+    const bool left = utilsExam::IsLayoutLeft();
+    const int console = utilsExam::m_consoleType;
+    Image* image = nullptr;
+    for (Image& candidate : m_images)
+        if (candidate.Matches(look, width, height, left, console)) image = &candidate;
+    const bool kept = image != nullptr;
+    if (!kept) {
+        // The least recently used image gives way; its bitmap is reused when the size matches.
+        image = &m_images[0];
+        for (Image& candidate : m_images)
+            if (candidate.lastUse < image->lastUse) image = &candidate;
+        image->valid = false;
+        if (!image->bitmap || image->width != width || image->height != height) {
+            image->bitmap.reset();
+            // A 24-bit DIB whatever `dc` is: a compatible bitmap of a memory DC could be monochrome, and
+            // without an alpha byte the colour key matches GDI+'s opaque pixels as well as the fill.
+            BITMAPINFO info{};
+            info.bmiHeader = {sizeof(BITMAPINFOHEADER), width, -height, 1, 24, BI_RGB, 0, 0, 0, 0, 0};
+            void* bits = nullptr;
+            image->bitmap.reset(::CreateDIBSection(m_memDc.get(), &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+            if (!image->bitmap) return false;
+            image->width = width;
+            image->height = height;
+        }
     }
-    // The key colour marks what the face leaves unpainted.
-    ::SetBkColor(surface, kTransparentKey);
-    const RECT all{0, 0, width, height};
-    ::ExtTextOutW(surface, 0, 0, ETO_OPAQUE, &all, nullptr, 0, nullptr);
-    Paint(surface, width, height, look);
-    ::TransparentBlt(dc, 0, 0, width, height, surface, 0, 0, width, height, kTransparentKey);
-    if (static_cast<long long>(m_surfaceWidth) * m_surfaceHeight > kMaxCachedPixels) ReleaseSurface();
+    image->lastUse = ++m_uses;
+    {
+        SelectObjectGuard selected(m_memDc.get(), image->bitmap.get());
+        HDC surface = m_memDc.get();
+        if (kept) {
+            m_captionColour = image->captionColour;
+        } else {
+            // The key colour marks what the face leaves unpainted.
+            ::SetBkColor(surface, kTransparentKey);
+            const RECT all{0, 0, width, height};
+            ::ExtTextOutW(surface, 0, 0, ETO_OPAQUE, &all, nullptr, 0, nullptr);
+            ++m_drawn;
+            Paint(surface, width, height, look);
+            image->style = *look.style;
+            image->look = look;
+            image->look.style = nullptr;
+            image->layoutLeft = left;
+            image->consoleType = console;
+            image->captionColour = m_captionColour;
+            image->valid = static_cast<long long>(width) * height <= kMaxCachedPixels;
+        }
+        ::TransparentBlt(dc, 0, 0, width, height, surface, 0, 0, width, height, kTransparentKey);
+    }
+    if (!image->valid) {  // too large to keep
+        image->bitmap.reset();
+        image->width = image->height = 0;
+    }
+    return true;
 }
 
 void RoundButtonPainter::Paint(HDC target, int width, int height, const RoundButtonLook& look) {

@@ -33,18 +33,21 @@ public:
     static constexpr int kMaxPaintSide = 4096;
     // Larger buttons paint straight onto the target instead of through a memory bitmap.
     static constexpr long long kMaxOffScreenPixels = 2048LL * 2048LL;
-    // Memory bitmaps up to this size are kept for the next paint; larger ones are released after it.
+    // Painted images up to this size are kept for repaints; larger ones are released after the paint.
     static constexpr long long kMaxCachedPixels = 1024LL * 1024LL;
+    // Painted images kept: a button mostly alternates between two looks (released and held down).
+    static constexpr int kCachedImages = 2;
     static constexpr COLORREF kTransparentKey = RGB(1, 1, 1);
 
     RoundButtonPainter() = default;
     RoundButtonPainter(const RoundButtonPainter&) = delete;
     RoundButtonPainter& operator=(const RoundButtonPainter&) = delete;
+    ~RoundButtonPainter();
 
     // Paints `look` into (0,0)-(width,height) of `dc`. Off screen (the default) it paints into a memory bitmap
     // first filled with RGB(1,1,1) and copies it with that colour transparent, so the parent's background shows
-    // around the face. A zero-size rectangle paints nothing; sides beyond kMaxPaintSide are cut to it (logged once
-    // per size).
+    // around the face; a repaint of a look painted before copies the kept image. A zero-size rectangle paints
+    // nothing; sides beyond kMaxPaintSide are cut to it (logged once per size).
     void Draw(HDC dc, int width, int height, const RoundButtonLook& look);
 
     bool GetOffScreen() const { return m_offScreen; }
@@ -54,26 +57,41 @@ public:
     static int FaceSlot(const RoundButtonLook& look) { return look.gray ? 1 : look.faceState; }
     // Caption colour of the last paint (GDI layout), for checks.
     COLORREF LastCaptionColour() const { return m_captionColour; }
-    // Releases the cached memory bitmap (it is made again on the next off-screen paint).
-    void ReleaseSurface();
+    // Forgets the kept images and releases their bitmaps (after a font or image cache was emptied, say).
+    void Invalidate();
+    // Paints that had to draw rather than copy a kept image.
+    unsigned long PaintsDrawn() const { return m_drawn; }
 
 private:
+    // One painted image and everything it was painted from.
+    struct Image {
+        UniqueHBitmap bitmap;
+        int width = 0, height = 0;
+        bool valid = false;
+        unsigned long lastUse = 0;
+        tButtonStyle style;
+        RoundButtonLook look;  // its style pointer is not compared: `style` holds the values
+        bool layoutLeft = false;
+        int consoleType = 0;
+        COLORREF captionColour = 0;
+        bool Matches(const RoundButtonLook& l, int w, int h, bool left, int console) const;
+    };
+
     void DrawFace(Gdiplus::Graphics& g, int width, int height, const RoundButtonLook& look) const;
     void DrawIcon(Gdiplus::Graphics& g, int width, int height, const RoundButtonLook& look) const;
     // `target` holds what has been painted so far (the caption colour is read from its centre).
     void DrawCaption(HDC target, int width, int height, const RoundButtonLook& look);
     void DrawArrows(Gdiplus::Graphics& g, int width, int height, const RoundButtonLook& look) const;
     void Paint(HDC target, int width, int height, const RoundButtonLook& look);
-    // The memory DC holding a bitmap of at least width x height compatible with `dc`; null when GDI refuses.
-    HDC Surface(HDC dc, int width, int height);
+    // Paints through a kept or new memory bitmap; false when none can be had.
+    bool DrawOffScreen(HDC dc, int width, int height, const RoundButtonLook& look);
 
     bool m_offScreen = true;
     COLORREF m_captionColour = 0;
+    unsigned long m_uses = 0;
+    unsigned long m_drawn = 0;
     UniqueHdc m_memDc;
-    UniqueHBitmap m_bitmap;
-    HGDIOBJ m_originalBitmap = nullptr;
-    int m_surfaceWidth = 0;
-    int m_surfaceHeight = 0;
+    Image m_images[kCachedImages];
     // The last sizes reported as oversized or painted directly, so repaints do not log again.
     std::pair<int, int> m_loggedOversize{0, 0};
     std::pair<int, int> m_loggedDirect{0, 0};

@@ -82,6 +82,53 @@ TEST_F(RoundButtonPaintTest, TheSurfaceIsClearedForEveryPaintWhateverItsSize) {
     EXPECT_EQ(canvas.Pixel(100, 40), kParent);
 }
 
+TEST_F(RoundButtonPaintTest, RepaintsCopyKeptImagesUntilAnythingOfTheLookChanges) {
+    auto paints = [&] { return painter.PaintsDrawn(); };
+    look.caption = L"Go";
+    Paint(canvas, 200, 80);
+    Paint(canvas, 200, 80);
+    EXPECT_EQ(paints(), 1u) << "the same look is copied";
+    EXPECT_EQ(canvas.Pixel(1, 1), kParent) << "a kept image is still copied through the colour key";
+    EXPECT_EQ(canvas.Pixel(100, 5), 0x204080u);
+
+    // Released and held down alternate without drawing again.
+    look.faceState = 3;
+    Paint(canvas, 200, 80);
+    look.faceState = 0;
+    Paint(canvas, 200, 80);
+    look.faceState = 3;
+    Paint(canvas, 200, 80);
+    EXPECT_EQ(paints(), 2u);
+
+    // Every input of the paint counts: style values, caption, size, layout, rate.
+    const unsigned long before = paints();
+    style.colours[3].facePrimary = 0xFF00FF00;
+    Paint(canvas, 200, 80);
+    EXPECT_EQ(canvas.Pixel(100, 5), 0x00FF00u) << "a changed style value is painted";
+    look.caption = L"Stop";
+    Paint(canvas, 200, 80);
+    Paint(canvas, 199, 80);
+    utilsExam::SetLayoutLeft(true);
+    Paint(canvas, 199, 80);
+    utilsExam::SetLayoutLeft(false);
+    look.incrementRate = 1;
+    Paint(canvas, 199, 80);
+    EXPECT_EQ(paints(), before + 5);
+    // A third look pushes out the least recently used one.
+    look.faceState = 2;
+    Paint(canvas, 199, 80);
+    look.faceState = 3;
+    Paint(canvas, 199, 80);
+    EXPECT_EQ(paints(), before + 6) << "the most recent look is kept";
+    painter.Invalidate();
+    Paint(canvas, 199, 80);
+    EXPECT_EQ(paints(), before + 7);
+    painter.SetOffScreen(false);
+    Paint(canvas, 199, 80);
+    Paint(canvas, 199, 80);
+    EXPECT_EQ(paints(), before + 9) << "painting directly keeps nothing";
+}
+
 TEST_F(RoundButtonPaintTest, LocationSixFillsTheBackgroundOpaqueInsteadOfTheFace) {
     style.iconLocation = IconOnBackground;
     style.background = 0x80336699;  // alpha dropped
