@@ -14,6 +14,7 @@
 #include "display/vendor_records.h"
 #include "display/win/ati_i2c_driver.h"
 #include "display/win/nvidia_i2c_driver.h"
+#include "platform/clock.h"
 #include "platform/dynamic_library.h"
 #include "platform/paths.h"
 
@@ -39,6 +40,8 @@ bool Configure(const wchar_t* library, const std::string& text) {
     return configure && configure(text.c_str(), error, sizeof error) == 1;
 }
 
+// Get and Set interleaved with the same pauses slept bare on the same clock, so load touches all alike: what
+// they add beyond the bare pauses is the library's cost, what the bare pauses add beyond the floor the system's.
 template <class Driver>
 void GetAndSet(const char* name, Driver& driver, int rounds) {
     if (driver.Enumerate() != 1) {
@@ -46,8 +49,22 @@ void GetAndSet(const char* name, Driver& driver, int rounds) {
         return;
     }
     std::uint8_t maximum = 0, current = 0, value = 0;
-    Report((std::string(name) + " Get VCP").c_str(), Mean(rounds, [&] { driver.GetVCP(0, 0x10, maximum, current); }), 70);
-    Report((std::string(name) + " Set VCP").c_str(), Mean(rounds, [&] { driver.SetVCP(0, 0x10, value++ % 100); }), 50);
+    double get = 0, bareGet = 0, set = 0, bareSet = 0;
+    for (int i = 0; i < rounds; ++i) {
+        get += Mean(1, [&] { driver.GetVCP(0, 0x10, maximum, current); });
+        bareGet += Mean(1, [] {
+            uc::Clock::System().SleepFor(uc::Millis(40));
+            uc::Clock::System().SleepFor(uc::Millis(30));
+        });
+        set += Mean(1, [&] { driver.SetVCP(0, 0x10, value++ % 100); });
+        bareSet += Mean(1, [] { uc::Clock::System().SleepFor(uc::Millis(50)); });
+    }
+    Report((std::string(name) + " Get VCP").c_str(), get / rounds, 70);
+    Report((std::string(name) + " bare Get pauses").c_str(), bareGet / rounds, 70);
+    std::printf("%-34s %+6.2f %%\n", (std::string(name) + " Get over bare pauses").c_str(), (get - bareGet) / bareGet * 100);
+    Report((std::string(name) + " Set VCP").c_str(), set / rounds, 50);
+    Report((std::string(name) + " bare Set pause").c_str(), bareSet / rounds, 50);
+    std::printf("%-34s %+6.2f %%\n", (std::string(name) + " Set over bare pause").c_str(), (set - bareSet) / bareSet * 100);
 }
 }  // namespace
 
