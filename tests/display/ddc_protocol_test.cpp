@@ -5,6 +5,7 @@
 #include "display/ddc_protocol.h"
 #include "display/edid.h"
 #include "display/simulator/display_sim_config.h"
+#include "display/vendor_records.h"  // its layouts are checked at compile time, here for 64-bit Linux
 #include "display_test_support.h"
 #include "platform/text.h"
 
@@ -75,48 +76,24 @@ TEST(DdcMessages, ReplyCheckRefusesEveryMalformedReply) {
     }
 }
 
-TEST(DdcMessages, EncodedRepliesPassTheCheckAndCarryTheDisplaysChecksum) {
+TEST(DdcMessages, TheDisplaysSideEncodesRepliesAndDropsMessagesWithBadChecksums) {
     std::uint8_t reply[ddc::ReplySizeWithChecksum];
     ddc::EncodeGetVcpReply(0, 0x12, 0, 100, 70, reply);
     std::uint8_t maximum = 0, current = 0;
     EXPECT_EQ(ddc::CheckGetVcpReply(reply, 0x12, maximum, current), ddc::ReplyStatus::Ok);
-    EXPECT_EQ(current, 70);
+    EXPECT_EQ(reply[10], 0x50 ^ 0x6E ^ 0x88 ^ 0x02 ^ 0x12 ^ 100 ^ 70) << "seeded with the host address 0x50";
     EXPECT_TRUE(ddc::ReplyChecksumValid(reply));
-    // Seeded with the host address 0x50, not with 0x6E 0x51.
-    EXPECT_EQ(reply[10], ddc::Checksum(reply, 10, 0x50));
     reply[10] ^= 1;
     EXPECT_FALSE(ddc::ReplyChecksumValid(reply));
-    ddc::EncodeGetVcpReply(0, 0x10, 0, 300, 256, reply);
-    EXPECT_EQ(reply[6], 1);
-    EXPECT_EQ(reply[8], 1);
-}
 
-TEST(DdcMessages, DisplaysDecodeHostMessagesAndNoticeBadChecksums) {
     ddc::Message set = ddc::SetVcpRequest(0x12, 9);
-    ddc::HostMessage m = ddc::DecodeHostMessage(set.bytes + 1, set.size - 1u);
-    EXPECT_EQ(m.kind, ddc::HostMessage::SetVcp);
-    EXPECT_EQ(m.vcp, 0x12);
-    EXPECT_EQ(m.value, 9);
-    EXPECT_TRUE(m.checksumOk);
+    const ddc::HostMessage m = ddc::DecodeHostMessage(set.bytes + 1, set.size - 1u);
+    EXPECT_TRUE(m.kind == ddc::HostMessage::SetVcp && m.vcp == 0x12 && m.value == 9 && m.checksumOk);
     set.bytes[set.size - 1] ^= 0xFF;
     EXPECT_FALSE(ddc::DecodeHostMessage(set.bytes + 1, set.size - 1u).checksumOk);
-    const ddc::Message get = ddc::GetVcpRequest(0x14);
-    EXPECT_EQ(ddc::DecodeHostMessage(get.bytes + 1, get.size - 1u).kind, ddc::HostMessage::GetVcp);
-    const ddc::Message save = ddc::SaveCurrentSettingsRequest();
-    EXPECT_EQ(ddc::DecodeHostMessage(save.bytes + 1, save.size - 1u).kind, ddc::HostMessage::Save);
     // Truncated messages, a missing length flag and a length running past the data are invalid.
-    EXPECT_EQ(ddc::DecodeHostMessage(get.bytes + 1, 3).kind, ddc::HostMessage::Invalid);
-    const Bytes noFlag = {0x51, 0x02, 0x01, 0x10, 0x00};
-    EXPECT_EQ(ddc::DecodeHostMessage(noFlag.data(), noFlag.size()).kind, ddc::HostMessage::Invalid);
-    const Bytes tooLong = {0x51, 0x8F, 0x01, 0x10, 0x00};
-    EXPECT_EQ(ddc::DecodeHostMessage(tooLong.data(), tooLong.size()).kind, ddc::HostMessage::Invalid);
-}
-
-TEST(DdcMessages, RetryBackOffDoublesAndIsCapped) {
-    EXPECT_EQ(uc::display::RetryBackOff(1).count(), 50);
-    EXPECT_EQ(uc::display::RetryBackOff(2).count(), 100);
-    EXPECT_EQ(uc::display::RetryBackOff(4).count(), 400);
-    EXPECT_EQ(uc::display::RetryBackOff(40).count(), 400);
+    const Bytes invalid[] = {{0x51, 0x82, 0x01}, {0x51, 0x02, 0x01, 0x10, 0x00}, {0x51, 0x8F, 0x01, 0x10, 0x00}};
+    for (const Bytes& b : invalid) EXPECT_EQ(ddc::DecodeHostMessage(b.data(), b.size()).kind, ddc::HostMessage::Invalid);
 }
 
 // EDID descriptor block `slot` (0-3) as a name block holding `text` in its 13 name bytes.
@@ -158,8 +135,6 @@ TEST(EdidNames, BuiltEdidHasHeaderChecksumAndPaddedName) {
     std::string name;
     ASSERT_TRUE(uc::display::MonitorNameFromEdid(edid, sizeof edid, name));
     EXPECT_EQ(name, "UC SIM\n     ");
-    uc::display::BuildEdid("", edid);
-    EXPECT_FALSE(uc::display::MonitorNameFromEdid(edid, sizeof edid, name));
 }
 
 TEST(SimulationFile, MonitorsAdaptersFaultsAndCopies) {
@@ -191,9 +166,7 @@ TEST(SimulationFile, MonitorsAdaptersFaultsAndCopies) {
     EXPECT_EQ(c.monitors[0].name, "Left 1");
     EXPECT_EQ(c.monitors[1].name, "Left 2");
     EXPECT_EQ(c.monitors[1].vcp.at(0x10).current, 30);
-    EXPECT_EQ(c.monitors[1].vcp.at(0xE2).current, 0);
     EXPECT_EQ(c.monitors[1].vcp.count(0x16), 0u);
-    EXPECT_EQ(c.monitors[1].adapter, 1);
     EXPECT_FALSE(c.monitors[1].mapped);
     EXPECT_EQ(c.MonitorsOf("amd").size(), 2u);
     EXPECT_EQ(c.MonitorsOf("nvidia").size(), 1u);

@@ -189,10 +189,10 @@ TEST_F(BusDriverTest, StrictModeVerifiesTheChecksumAndRetriesWithBackOff) {
 
     // A monitor that never answers costs every retry and the growing back-off, then false.
     Start("[monitor]\nstop-after = 2\n");
-    driver->SetStrictMode({false, 3});
+    driver->SetStrictMode({false, 5});
     EXPECT_FALSE(driver->SetVCP(0, 0x10, 5));
-    EXPECT_EQ(clock.Pauses(), (Pauses{50, 100, 200}));
-    EXPECT_EQ(Log(Monitor()).size(), 4u);
+    EXPECT_EQ(clock.Pauses(), (Pauses{50, 100, 200, 400, 400}));
+    EXPECT_EQ(Log(Monitor()).size(), 6u);
 }
 
 TEST_F(BusDriverTest, TransfersFromSeveralThreadsStayWholeInTheMonitorsLog) {
