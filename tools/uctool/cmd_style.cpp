@@ -190,13 +190,6 @@ int Normalise(Args args, std::wostream& out, std::wostream& err) {
     return 0;
 }
 
-bool ParseSize(const std::wstring& text, int& w, int& h) {
-    const std::size_t x = text.find_first_of(L"xX");
-    if (x == std::wstring::npos) return false;
-    return uc::ParseInt(text.substr(0, x), w) && uc::ParseInt(text.substr(x + 1), h) && w >= 8 && h >= 8 && w <= 2000 &&
-           h <= 2000;
-}
-
 #ifdef _WIN32
 using namespace Gdiplus;
 
