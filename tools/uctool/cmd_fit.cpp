@@ -76,16 +76,16 @@ int Run(const Args& all, std::wostream& out, std::wostream& err) {
                           static_cast<int>(distinct.size()), degree + 1);
     out << L"coefficients, highest power first:\n";
     for (int j = 0; j <= degree; ++j)
-        out << uc::Format(L"  x^%-3d % .15e\n", degree - j, regression.GetCoefficients()[j]);
+        out << uc::Format(L"  x^%-3d % .17g\n", degree - j, regression.GetCoefficients()[j]);
 
     double rss = 0.0;
     for (const auto& [x, y] : table.samples) {
         const double r = y - regression.YLookup(x);
         rss += r * r;
     }
-    out << uc::Format(L"residual sum of squares: %.15e\n", rss);
+    out << uc::Format(L"residual sum of squares: %.17g\n", rss);
     if (n > degree + 1)
-        out << uc::Format(L"residual standard deviation: %.15e\n", std::sqrt(rss / (n - degree - 1)));
+        out << uc::Format(L"residual standard deviation: %.17g\n", std::sqrt(rss / (n - degree - 1)));
     return 0;
 }
 
