@@ -56,22 +56,46 @@ Eigen::VectorXd Residual(const ScaledSystem& s, const Eigen::VectorXd& z) {
 
 using Decomposition = Eigen::CompleteOrthogonalDecomposition<Eigen::Ref<Eigen::MatrixXd>>;
 
-// c := Q^T c (transpose) or Q c, with Q the product of the decomposition's Householder reflectors, applied one
-// reflector at a time as a dot product and an update: much faster on a long vector than the generic product.
-void ApplyQ(const Decomposition& cod, Eigen::VectorXd& c, bool transpose) {
-    const auto& qr = cod.matrixQTZ();
-    const Eigen::Index n = qr.rows(), m = std::min(qr.rows(), qr.cols());
-    for (Eigen::Index step = 0; step < m; ++step) {
-        const Eigen::Index k = transpose ? step : m - 1 - step;
-        const double tau = cod.hCoeffs()[k];
-        if (tau == 0.0) continue;
-        const auto essential = qr.col(k).tail(n - k - 1);
-        auto tail = c.tail(n - k - 1);
-        const double w = tau * (c[k] + essential.dot(tail));
-        c[k] -= w;
-        tail -= w * essential;
+// Q = H_0 H_1 ... H_(m-1) of a decomposition of a matrix with at least as many rows as columns, held as
+// I - V T V^T (compact WY form: V the unit lower trapezoidal reflector vectors, T upper triangular), so that
+// Q or Q^T is applied to a long vector in two passes over V instead of two per reflector.
+class CompactQ {
+public:
+    explicit CompactQ(const Decomposition& cod)
+        : m_v(cod.matrixQTZ()), m_m(cod.matrixQTZ().cols()), m_t(Eigen::MatrixXd::Zero(m_m, m_m)) {
+        const Eigen::Index n = m_v.rows();
+        const auto top = m_v.topRows(m_m).triangularView<Eigen::UnitLower>();
+        Eigen::MatrixXd topV = top;
+        // G = V^T V, then T column by column: T(0:i, i) = -tau_i T(0:i, 0:i) G(0:i, i), T(i, i) = tau_i.
+        Eigen::MatrixXd g = topV.transpose() * topV;
+        g.noalias() += m_v.bottomRows(n - m_m).transpose() * m_v.bottomRows(n - m_m);
+        for (Eigen::Index i = 0; i < m_m; ++i) {
+            const double tau = cod.hCoeffs()[i];
+            m_t(i, i) = tau;
+            if (i == 0) continue;
+            const Eigen::VectorXd product = m_t.topLeftCorner(i, i).triangularView<Eigen::Upper>() * g.col(i).head(i);
+            m_t.col(i).head(i) = -tau * product;
+        }
     }
-}
+
+    // c := Q^T c (transpose) or Q c.
+    void Apply(Eigen::VectorXd& c, bool transpose) const {
+        const Eigen::Index n = m_v.rows();
+        const auto top = m_v.topRows(m_m).triangularView<Eigen::UnitLower>();
+        const auto bottom = m_v.bottomRows(n - m_m);
+        Eigen::VectorXd w = top.transpose() * c.head(m_m);
+        w.noalias() += bottom.transpose() * c.tail(n - m_m);
+        const auto t = m_t.triangularView<Eigen::Upper>();
+        w = transpose ? (t.transpose() * w).eval() : (t * w).eval();
+        c.head(m_m) -= top * w;
+        c.tail(n - m_m).noalias() -= bottom * w;
+    }
+
+private:
+    const Eigen::Ref<Eigen::MatrixXd>& m_v;
+    Eigen::Index m_m;
+    Eigen::MatrixXd m_t;
+};
 
 // Least-squares solution z of a full-column-rank problem through the augmented system
 // [I A'; A'^T 0] [r; z] = [b; 0] (Bjorck), A' P = Q R from the decomposition. The first pass, from r = z = 0,
@@ -80,6 +104,7 @@ void ApplyQ(const Decomposition& cod, Eigen::VectorXd& c, bool transpose) {
 Eigen::VectorXd SolveFullRank(const ScaledSystem& s, const Decomposition& cod) {
     const Eigen::Index n = s.a.rows(), m = s.a.cols();
     const auto rMatrix = cod.matrixT().topLeftCorner(m, m).triangularView<Eigen::Upper>();
+    const CompactQ q(cod);
     Eigen::VectorXd z = Eigen::VectorXd::Zero(m), r = Eigen::VectorXd::Zero(n);
     Eigen::VectorXd f = s.b, g = Eigen::VectorXd::Zero(m);
     std::vector<Wide> gWide(static_cast<std::size_t>(m));
@@ -101,10 +126,10 @@ Eigen::VectorXd SolveFullRank(const ScaledSystem& s, const Decomposition& cod) {
         }
         // With Q^T dr = [u1; u2] and Q^T f = [c1; c2]: R^T u1 = P^T g, u2 = c2, R P^T dz = c1 - u1.
         const Eigen::VectorXd u1 = rMatrix.transpose().solve(cod.colsPermutation().transpose() * g);
-        ApplyQ(cod, f, true);
+        q.Apply(f, true);
         const Eigen::VectorXd dz = cod.colsPermutation() * rMatrix.solve(f.head(m) - u1);
         f.head(m) = u1;
-        ApplyQ(cod, f, false);
+        q.Apply(f, false);
         r += f;
         z += dz;
         // Each pass shrinks the error by about the ratio of successive corrections; after the first refinement
@@ -138,21 +163,29 @@ Eigen::VectorXd SolveMinimumNorm(const Eigen::Map<const RowMajorMatrix>& input, 
 bool Solve(const double* matrix, int rows, int columns, const double* rhs, double* solution) {
     const Eigen::Map<const RowMajorMatrix> input(matrix, rows, columns);
     const Eigen::Map<const Eigen::VectorXd> b(rhs, rows);
-    if (!input.allFinite() || !b.allFinite()) return false;
+    if (!b.allFinite()) return false;
     const double bScale = PowerOfTwoNear(b.stableNorm());
     const Eigen::VectorXd bs = b * (1.0 / bScale);
 
     // Unit-length columns: powers of x differ by many orders of magnitude, and equilibrating them removes
     // that part of the condition number before the rank is decided. The scales are powers of two, so
-    // scaling adds no rounding of its own.
-    Eigen::MatrixXd a = input;
-    Eigen::VectorXd scale(columns);
+    // scaling adds no rounding of its own. One pass over the caller's rows checks them and sums the squares;
+    // a column whose sum over- or underflows is measured again with a scaled norm.
+    std::vector<double> squares(static_cast<std::size_t>(columns), 0.0);
+    const double* element = matrix;
+    for (int i = 0; i < rows; ++i)
+        for (int j = 0; j < columns; ++j, ++element) {
+            if (!std::isfinite(*element)) return false;
+            squares[static_cast<std::size_t>(j)] += *element * *element;
+        }
+    Eigen::VectorXd scale(columns), inverse(columns);
     for (int j = 0; j < columns; ++j) {
-        double norm = a.col(j).norm();
-        if (!(norm > 0.0) || !std::isfinite(norm) || norm < 1e-150) norm = a.col(j).stableNorm();  // over/underflow
+        double norm = std::sqrt(squares[static_cast<std::size_t>(j)]);
+        if (!std::isfinite(norm) || norm < 1e-150) norm = input.col(j).stableNorm();
         scale[j] = PowerOfTwoNear(norm);
-        a.col(j) *= 1.0 / scale[j];
+        inverse[j] = 1.0 / scale[j];
     }
+    Eigen::MatrixXd a = input * inverse.asDiagonal();
     Eigen::VectorXd x;
     {
         // Factored in place: the scaled copy is the decomposition's storage.

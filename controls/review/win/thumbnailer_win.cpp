@@ -116,5 +116,5 @@ HBITMAP CThumbNailer::GetThumbnail(const std::wstring& path, const SIZE& size) {
 
 Gdiplus::Bitmap* CThumbNailer::GetGdiThumbnail(std::wstring path) {
     if (IsResearchFile(path)) path = PlaceholderPath();
-    return new (std::nothrow) Gdiplus::Bitmap(path.c_str(), FALSE);
+    return new Gdiplus::Bitmap(path.c_str(), FALSE);  // GDI+ allocates through GdipAlloc: null, never a throw
 }
