@@ -1,7 +1,9 @@
 // Thumbnails per second: 200 camera-size JPEGs (4000 x 3000) through CThumbNailer::GetThumbnail at 128 x 128,
 // as the review windows ask for them. A plain timing program of the Windows builds; run it under Wine by hand.
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 
