@@ -48,8 +48,8 @@ TEST(ThumbNailer, EveryResearchExtensionInAnyCase) {
         EXPECT_TRUE(CThumbNailer::IsResearchFile(std::wstring(L"f") + ext)) << ext;
         EXPECT_TRUE(CThumbNailer::IsResearchFile(L"f" + upper)) << upper;
     }
-    for (const wchar_t* near : {L"f.b", L"f.b16", L"f.e", L"f.ecgx", L"f.rf ", L"f.col.bak"})
-        EXPECT_FALSE(CThumbNailer::IsResearchFile(near)) << near;
+    for (const wchar_t* almost : {L"f.b", L"f.b16", L"f.e", L"f.ecgx", L"f.rf ", L"f.col.bak"})
+        EXPECT_FALSE(CThumbNailer::IsResearchFile(almost)) << almost;
 }
 
 TEST(ThumbNailer, CopiesAndPlaceholderAreNamedAsTheConsoleExpects) {
