@@ -34,7 +34,11 @@ private:
 class TemporaryCopy {
 public:
     TemporaryCopy(const std::wstring& source, std::wstring copy) : m_copy(std::move(copy)) {
-        const bool existed = ::GetFileAttributesW(m_copy.c_str()) != INVALID_FILE_ATTRIBUTES;
+        const DWORD attributes = ::GetFileAttributesW(m_copy.c_str());
+        const bool existed = attributes != INVALID_FILE_ATTRIBUTES;
+        // CopyFileW refuses to replace a read-only file on Windows, but not everywhere (Wine running as root):
+        // a read-only file or a folder under the copy's name is never replaced.
+        if (existed && (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY))) return;
         m_made = ::CopyFileW(source.c_str(), m_copy.c_str(), FALSE) != 0;
         m_remove = m_made || !existed;
     }
