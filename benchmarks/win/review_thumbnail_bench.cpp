@@ -8,7 +8,7 @@
 #include <string>
 
 #include "platform/text.h"
-#include "platform/win/gdiplus_encoder.h"
+#include "platform/win/gdiplus_encoders.h"
 #include "platform/win/handles.h"
 #include "review/thumbnailer.h"
 

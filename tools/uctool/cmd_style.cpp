@@ -13,7 +13,7 @@
 #include "style_tool.h"
 
 #ifdef _WIN32
-#include "platform/win/gdiplus_encoder.h"
+#include "platform/win/gdiplus_encoders.h"
 #include "skin/win/gdiplus.h"
 #endif
 

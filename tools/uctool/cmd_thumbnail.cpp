@@ -7,7 +7,7 @@
 #include "review/thumbnailer.h"
 
 #ifdef _WIN32
-#include "platform/win/gdiplus_encoder.h"
+#include "platform/win/gdiplus_encoders.h"
 #include "platform/win/handles.h"
 #endif
 

@@ -4,30 +4,12 @@
 #include <cmath>
 #include <memory>
 
+#include "platform/win/gdiplus_encoders.h"
 #include "platform/win/handles.h"
 #include "review/thumbnailer.h"
 #include "review/win/shell_pidl.h"
 
 namespace {
-
-// GDI+ started for the length of one call; start-ups nest, so an application's own session is unaffected.
-class GdiplusSession {
-public:
-    GdiplusSession() {
-        Gdiplus::GdiplusStartupInput input;
-        m_ok = Gdiplus::GdiplusStartup(&m_token, &input, nullptr) == Gdiplus::Ok;
-    }
-    ~GdiplusSession() {
-        if (m_ok) Gdiplus::GdiplusShutdown(m_token);
-    }
-    GdiplusSession(const GdiplusSession&) = delete;
-    GdiplusSession& operator=(const GdiplusSession&) = delete;
-    explicit operator bool() const { return m_ok; }
-
-private:
-    ULONG_PTR m_token = 0;
-    bool m_ok = false;
-};
 
 // The copy of a raw file under its ".png" name, removed on destruction whatever happened in between. A file
 // already under that name that the copy failed to replace is not ours and stays.
@@ -69,8 +51,8 @@ HBITMAP ShellThumbnail(const std::wstring& path, const SIZE& size) {
 // aspect kept; a picture already inside `size` keeps its own size.
 HBITMAP GdiplusThumbnail(const std::wstring& path, const SIZE& size) {
     if (size.cx <= 0 || size.cy <= 0) return nullptr;
-    const GdiplusSession session;
-    if (!session) return nullptr;
+    const uc::GdiplusSession session;  // for this call; start-ups nest
+    if (!session.ok()) return nullptr;
     Gdiplus::Bitmap source(path.c_str(), FALSE);
     if (source.GetLastStatus() != Gdiplus::Ok) return nullptr;
     const double w = source.GetWidth(), h = source.GetHeight();

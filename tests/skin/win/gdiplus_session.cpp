@@ -1,7 +1,7 @@
 // GDI+ start-up for the Windows skin tests, pixel reads and encoder lookup.
 #include "gdiplus_session.h"
 
-#include "platform/win/gdiplus_encoder.h"
+#include "platform/win/gdiplus_encoders.h"
 
 namespace uc::test {
 
