@@ -12,6 +12,7 @@ pkgs=(
   mingw-w64 g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
   wine wine64 xvfb xauth fonts-dejavu-core fonts-liberation
   socat
+  python3-pil
 )
 
 missing=()

@@ -1,0 +1,37 @@
+// Path and name rules of the export: folder separators, extensions, the blacked-out image's name, safe folder names.
+#pragma once
+
+#include <string>
+
+#include "platform/export.h"
+
+namespace uc::exporting {
+
+// The separator folder arguments end with: "\" on Windows, "/" elsewhere.
+#ifdef _WIN32
+inline constexpr wchar_t kSeparator = L'\\';
+#else
+inline constexpr wchar_t kSeparator = L'/';
+#endif
+
+UC_API bool IsSeparator(wchar_t c);
+// `folder` with the separator appended when its last character is not one (an empty folder stays empty).
+UC_API std::wstring WithTrailingSeparator(const std::wstring& folder);
+// Text after the last separator.
+UC_API std::wstring FileName(const std::wstring& path);
+// Text up to and including the last separator (empty when there is none).
+UC_API std::wstring FolderOf(const std::wstring& path);
+// Extension of the file name without the dot, lower-cased ASCII ("JPG" -> "jpg"); empty when there is none.
+UC_API std::wstring LowerExtension(const std::wstring& path);
+// `path` with its extension (dot included) replaced by `extension` (given with its dot); appended when none.
+UC_API std::wstring ReplaceExtension(const std::wstring& path, const std::wstring& extension);
+// Name of the blacked-out copy: "c" inserted before the extension ("name.jpg" -> "namec.jpg").
+UC_API std::wstring PrivatizedName(const std::wstring& path);
+// Equality ignoring the case of letters.
+UC_API bool EqualsNoCase(const std::wstring& a, const std::wstring& b);
+
+// The configured export folder made safe for a disc: "{PATID}" and "{SYSID}" removed, ":" -> "_", "/" -> "\",
+// doubled backslashes collapsed, leading and trailing backslashes trimmed. Components are separated by "\".
+UC_API std::wstring SafeExportFolder(const std::wstring& configured);
+
+}  // namespace uc::exporting
