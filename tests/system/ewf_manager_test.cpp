@@ -20,6 +20,7 @@ TEST_F(EwfManagerTest, ListsOpensAndNamesEveryProtectedVolume) {
     UseState(kTwoVolumes);
     CEWFMgr m(SimLibrary());
     ASSERT_TRUE(m.IsLibraryLoaded()) << uc::ToUtf8(m.LibraryError());
+    const unsigned long open = OpenHandles(m);
     EXPECT_EQ(m.GetVolumeCount(), 0);
     EXPECT_EQ(m.GetVolumeHandle(0), nullptr);
     ASSERT_EQ(m.Init(), 1);
@@ -33,7 +34,7 @@ TEST_F(EwfManagerTest, ListsOpensAndNamesEveryProtectedVolume) {
         EXPECT_EQ(m.GetVolumeName(bad), L"") << bad;
         EXPECT_EQ(m.GetVolumeConfig(bad), nullptr) << bad;
     }
-    EXPECT_EQ(OpenHandles(m), 2u);
+    EXPECT_EQ(OpenHandles(m) - open, 2u);
     EXPECT_EQ(Logged(L"Protected volume C: = \\\\?\\GLOBALROOT\\Device\\HarddiskVolume1\n"), 1u);
     EXPECT_EQ(Logged(L"Protected volume D: = \\\\?\\GLOBALROOT\\Device\\HarddiskVolume2\n"), 1u);
     EXPECT_EQ(Logged(L"Volume device name = \\Device\\HarddiskVolume2\n"), 1u);
@@ -69,6 +70,7 @@ TEST_F(EwfManagerTest, RecordsGoToTheCallerWithTheVolumesState) {
 TEST_F(EwfManagerTest, FreeSpaceIsFreeSegmentsOverAllSegments) {
     UseState(kTwoVolumes);
     CEWFMgr m(SimLibrary());
+    const unsigned long open = OpenHandles(m);
     ASSERT_EQ(m.Init(), 1);
     EXPECT_DOUBLE_EQ(m.GetFreeSpacePercent(), 25.0);
     EWF_OVERLAY_STORE_CONFIG* store = m.GetStoreOverlay();
@@ -78,7 +80,7 @@ TEST_F(EwfManagerTest, FreeSpaceIsFreeSegmentsOverAllSegments) {
     EXPECT_EQ(store->NumVolumes, 2u);
     EXPECT_EQ(FromEwfString(store->VolumeDescArray[1].DeviceName, MaxDeviceNameLength), L"\\Device\\HarddiskVolume2");
     FreeRecord(store);
-    EXPECT_EQ(OpenHandles(m), 2u) << "the store handle is closed again";
+    EXPECT_EQ(OpenHandles(m) - open, 2u) << "the store handle is closed again";
     // Writes through the overlay fill the store; one that does not fit is refused.
     ASSERT_TRUE(Write(m, m.GetVolumeHandle(1), 125));
     EXPECT_DOUBLE_EQ(m.GetFreeSpacePercent(), 12.5);
@@ -124,17 +126,18 @@ TEST_F(EwfManagerTest, NullHandleCommandsReturnZeroAndCallNothing) {
 TEST_F(EwfManagerTest, CopiesShareHandlesAndTheFirstDestroyedClosesThem) {
     UseState(kTwoVolumes);
     CEWFMgr m(SimLibrary());
+    const unsigned long open = OpenHandles(m);
     ASSERT_EQ(m.Init(), 1);
     {
         CEWFMgr copy(m);
         EXPECT_EQ(copy.GetVolumeHandle(0), m.GetVolumeHandle(0));
-        EXPECT_EQ(OpenHandles(m), 2u) << "handles are not duplicated";
+        EXPECT_EQ(OpenHandles(m) - open, 2u) << "handles are not duplicated";
         CEWFMgr assigned;
         assigned = m;
         EXPECT_EQ(assigned.GetVolumeHandle(1), m.GetVolumeHandle(1));
     }
     // Both copies closed the shared handles: the original now holds closed ones, refused without a crash.
-    EXPECT_EQ(OpenHandles(m), 0u);
+    EXPECT_EQ(OpenHandles(m) - open, 0u);
     EXPECT_EQ(m.GetVolumeCount(), 2);
     EXPECT_EQ(m.Enable(m.GetVolumeHandle(0)), 0);
     EXPECT_EQ(LastError(), ErrorInvalidHandle);
@@ -145,12 +148,13 @@ TEST_F(EwfManagerTest, CopiesShareHandlesAndTheFirstDestroyedClosesThem) {
 TEST_F(EwfManagerTest, SecondInitAppendsTheVolumesAgain) {
     UseState(kTwoVolumes);
     CEWFMgr m(SimLibrary());
+    const unsigned long open = OpenHandles(m);
     ASSERT_EQ(m.Init(), 1);
     ASSERT_EQ(m.Init(), 1);
     ASSERT_EQ(m.GetVolumeCount(), 4);
     EXPECT_EQ(m.GetVolumeName(2), m.GetVolumeName(0));
     EXPECT_NE(m.GetVolumeHandle(2), m.GetVolumeHandle(0));
-    EXPECT_EQ(OpenHandles(m), 4u);
+    EXPECT_EQ(OpenHandles(m) - open, 4u);
 }
 
 // Failures while listing: the code logged and returned, and what was opened before stays in the list.
@@ -171,9 +175,10 @@ TEST_F(EwfManagerTest, ListingFailuresKeepWhatWasFoundBefore) {
         zelLogger::Instance().ClearEntries();
         UseState(std::string(kTwoVolumes) + "[faults]\n" + c.faults);
         CEWFMgr m(SimLibrary());
+        const unsigned long open = OpenHandles(m);  // handles an earlier case left open, if still loaded
         EXPECT_EQ(m.Init(), 0) << c.faults;
         EXPECT_EQ(m.GetVolumeCount(), c.count) << c.faults;
-        EXPECT_EQ(OpenHandles(m), c.open) << c.faults;
+        EXPECT_EQ(OpenHandles(m) - open, c.open) << c.faults;
         EXPECT_EQ(Logged(c.line), 1u) << c.faults;
         if (c.count == 1) {
             EXPECT_EQ(m.GetVolumeName(0), L"\\Device\\HarddiskVolume1");
@@ -274,7 +279,8 @@ TEST_P(EwfRestartTest, PendingCommandTakesEffectAtTheRestart) {
     EXPECT_EQ(after->BootCommand, EWF_NO_CMD);
     EXPECT_EQ(after->State, s.state);
     FreeRecord(after);
-    const auto& v = SavedState().Volumes().at(0);
+    const auto saved = SavedState();
+    const auto& v = saved.Volumes().at(0);
     EXPECT_EQ(v.used, s.used);
     EXPECT_EQ(v.committed, s.committed);
     EXPECT_EQ(v.level, s.level);

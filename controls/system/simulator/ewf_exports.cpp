@@ -15,6 +15,10 @@
 #include "system/simulator/ewf_sim_host.h"
 #include "system/simulator/ewf_simulator.h"
 
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/lsan_interface.h>
+#endif
+
 #ifdef _WIN32
 #define UC_EWF_EXPORT extern "C" __declspec(dllexport)
 #else
@@ -48,7 +52,14 @@ struct Shared {
     std::wstring problem;  // why the state file could not be used
 };
 Shared& State() {
-    static Shared* s = new Shared;  // never destroyed: exports may run during process exit
+    // Never destroyed: a manager destroyed during the host's exit may still close its handles here.
+    static Shared* s = [] {
+        auto* shared = new Shared;
+#if defined(__SANITIZE_ADDRESS__)
+        __lsan_ignore_object(shared);  // kept on purpose, also after the module is unloaded
+#endif
+        return shared;
+    }();
     return *s;
 }
 std::atomic<ULong> g_calls{0};
