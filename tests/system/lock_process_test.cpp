@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "child_process.h"
-#include "lock_names.h"
+#include "lock_support.h"
 #include "platform/clock.h"
 #include "platform/text.h"
 #include "support/temp_dir.h"
@@ -55,35 +55,7 @@ TEST(LockProcesses, PriorityLockerOvertakesAnOrdinaryOneWhenAnotherProcessReleas
     ASSERT_EQ(holder->Ask("lock " + Utf8(name)), "locked valid=1");
     CCustomMutex m;
     ASSERT_EQ(m.Create(nullptr, 0, name.c_str()), 1);
-    uc::ManualClock clock;
-    std::mutex orderMutex;
-    std::vector<char> order;
-    uc::Event priorityHas, releasePriority;
-    bool priorityValid = false, ordinaryValid = false;
-    std::thread priority([&] {
-        CPriorityLock p(m);
-        priorityValid = p.IsValid();
-        { std::lock_guard<std::mutex> l(orderMutex); order.push_back('P'); }
-        priorityHas.Set();
-        releasePriority.Wait();
-    });
-    while (m.PriorityWaiters() == 0) std::this_thread::yield();
-    std::thread ordinary([&] {
-        CMutexLock o(m, clock);
-        ordinaryValid = o.IsValid();
-        std::lock_guard<std::mutex> l(orderMutex);
-        order.push_back('O');
-    });
-    ASSERT_TRUE(clock.WaitForWaiters(1));
-    ASSERT_EQ(holder->Ask("unlock"), "unlocked");
-    ASSERT_TRUE(priorityHas.Wait(uc::Millis(30000)));
-    clock.Advance(uc::Millis(10));
-    releasePriority.Set();
-    priority.join();
-    ordinary.join();
-    EXPECT_EQ(order, (std::vector<char>{'P', 'O'}));
-    EXPECT_TRUE(priorityValid);
-    EXPECT_TRUE(ordinaryValid);
+    uc::test::ExpectPriorityLockerFirst(m, [&] { EXPECT_EQ(holder->Ask("unlock"), "unlocked"); });
 }
 
 // A holder that ends without releasing: the next acquisition (any guard) gets the mutex but is not valid;

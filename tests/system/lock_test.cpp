@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "lock_names.h"
+#include "lock_support.h"
 #include "platform/clock.h"
 #include "system/custom_mutex.h"
 #include "system/mutex_backend.h"
@@ -172,37 +172,8 @@ TEST(MutexGuards, ThreadsNeverOverlapInsideTheLock) {
 TEST(MutexGuards, PriorityLockerGoesBeforeAnOrdinaryOneArrivingLater) {
     CCustomMutex m;
     ASSERT_EQ(m.Create(nullptr, 0, UniqueLockName(L"prio").c_str()), 1);
-    uc::ManualClock clock;
-    std::vector<char> order;
-    std::mutex orderMutex;
-    auto record = [&](char who) {
-        std::lock_guard<std::mutex> l(orderMutex);
-        order.push_back(who);
-    };
-    uc::Event priorityHas, releasePriority;
     auto holder = std::make_unique<CMutexLock>(m);
-    std::thread priority([&] {
-        CPriorityLock p(m);
-        record('P');
-        priorityHas.Set();
-        releasePriority.Wait();
-    });
-    while (m.PriorityWaiters() == 0) std::this_thread::yield();
-    bool ordinaryValid = false;
-    std::thread ordinary([&] {
-        CMutexLock o(m, clock);
-        ordinaryValid = o.IsValid();
-        record('O');
-    });
-    ASSERT_TRUE(clock.WaitForWaiters(1)) << "the ordinary locker polls instead of waiting";
-    holder.reset();
-    ASSERT_TRUE(priorityHas.Wait(uc::Millis(30000)));
-    clock.Advance(uc::Millis(10));
-    releasePriority.Set();
-    priority.join();
-    ordinary.join();
-    EXPECT_EQ(order, (std::vector<char>{'P', 'O'}));
-    EXPECT_TRUE(ordinaryValid);
+    uc::test::ExpectPriorityLockerFirst(m, [&] { holder.reset(); });
 }
 
 TEST(MutexGuards, MutexLeftByAnEndedThreadIsAbandonedOnce) {

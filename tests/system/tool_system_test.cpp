@@ -6,7 +6,7 @@
 
 #include "command.h"
 #include "ewf_fixture.h"
-#include "lock_names.h"
+#include "lock_support.h"
 #include "platform/clock.h"
 #include "system/custom_mutex.h"
 #include "system/mutex_backend.h"
