@@ -83,6 +83,29 @@ void CMessageBox::OnPaint() {
 
 void CMessageBox::OnPrintClient(HDC dc, UINT) { Paint(dc); }
 
+namespace {
+
+// "Arial" 8 pt; where GDI+ does not know that family (or it fails), the generic sans-serif one; where GDI+ has none
+// at all (a machine with substituted fonts only), the face GDI's font mapper picks for "Arial".
+std::unique_ptr<Gdiplus::Font> TextFont(HDC dc) {
+    using namespace Gdiplus;
+    FontFamily arial(L"Arial");
+    if (arial.IsAvailable()) {
+        auto font = std::make_unique<Font>(&arial, 8.0f, FontStyleRegular, UnitPoint);
+        if (font->IsAvailable()) return font;
+    }
+    if (const FontFamily* generic = FontFamily::GenericSansSerif()) {
+        auto font = std::make_unique<Font>(generic, 8.0f, FontStyleRegular, UnitPoint);
+        if (font->IsAvailable()) return font;
+    }
+    LOGFONTW lf{};
+    lf.lfHeight = -::MulDiv(8, ::GetDeviceCaps(dc, LOGPIXELSY), 72);
+    std::wcscpy(lf.lfFaceName, L"Arial");
+    return std::make_unique<Font>(dc, &lf);
+}
+
+}  // namespace
+
 void CMessageBox::Paint(HDC target) {
     ++m_paints;
     const RECT client = ClientRect();
@@ -110,15 +133,7 @@ void CMessageBox::Paint(HDC target) {
             Pen outline(Color(0xFF000000), 1.0f);
             g.DrawRectangle(&outline, bar.x, bar.y, bar.cx, bar.cy);
         }
-        FontFamily arial(L"Arial");
-        std::unique_ptr<FontFamily> fallback;
-        const FontFamily* family = &arial;
-        if (!arial.IsAvailable()) {
-            fallback.reset(FontFamily::GenericSansSerif()->Clone());
-            family = fallback.get();
-        }
-        std::unique_ptr<Font> font = std::make_unique<Font>(family, 8.0f, FontStyleRegular, UnitPoint);
-        if (!font->IsAvailable()) font = std::make_unique<Font>(FontFamily::GenericSansSerif(), 8.0f, FontStyleRegular, UnitPoint);
+        std::unique_ptr<Font> font = TextFont(dc);
         const COLORREF text = ::GetSysColor(COLOR_WINDOWTEXT);
         SolidBrush ink(Color(255, GetRValue(text), GetGValue(text), GetBValue(text)));
         StringFormat format;

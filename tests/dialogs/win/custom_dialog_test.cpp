@@ -27,6 +27,7 @@ public:
     std::function<void(TestDialog&)> beforeInit;  // before the base initialisation (derived dialogs set fields here)
     std::function<void(TestDialog&)> steps;       // inside the running modal loop; must end the dialog
     std::function<void(uc::ui::PaintDC&)> draw;
+    int systemCloses = 0, cancels = 0;
 
     using CCustomDialog::m_showTitle;
     using CCustomDialog::m_title;
@@ -45,6 +46,7 @@ protected:
         return r;
     }
     LRESULT WindowProc(UINT msg, WPARAM wp, LPARAM lp) override {
+        if (msg == WM_SYSCOMMAND && (wp & 0xFFF0) == SC_CLOSE) ++systemCloses;
         if (msg == kRunSteps) {
             if (steps) {
                 steps(*this);
@@ -54,6 +56,10 @@ protected:
             return 0;
         }
         return CCustomDialog::WindowProc(msg, wp, lp);
+    }
+    void OnCancel() override {
+        ++cancels;
+        CCustomDialog::OnCancel();
     }
     void OnDraw(uc::ui::PaintDC& dc) override {
         if (draw) draw(dc);
@@ -220,7 +226,7 @@ TEST_F(CustomDialogTest, SystemCloseIsIgnoredButTheButtonsStillWork) {
     d.steps = [](TestDialog& self) {
         ::SendMessageW(self.GetHwnd(), WM_SYSCOMMAND, SC_CLOSE, 0);  // title-bar close and Alt+F4
         ::SendMessageW(self.GetHwnd(), WM_CLOSE, 0, 0);
-        EXPECT_TRUE(::IsWindow(self.GetHwnd())) << "the dialog stays open";
+        EXPECT_EQ(self.cancels, 0) << "the dialog stays open";
         // A real click on the dialog's OK button ends it.
         uc::test::ClickWithMouseMessages(self.Item(IDOK));
     };
@@ -229,16 +235,17 @@ TEST_F(CustomDialogTest, SystemCloseIsIgnoredButTheButtonsStillWork) {
 
 TEST_F(CustomDialogTest, AltF4FromTheKeyboardLeavesTheDialogOpen) {
     TestDialog d;
-    bool open = false;
     d.steps = [&](TestDialog& self) {
+        ::ShowWindow(self.GetHwnd(), SW_SHOW);
         ::SetForegroundWindow(self.GetHwnd());
         uc::test::PressAltF4();
-        uc::test::WaitFor([] { return false; }, 200);  // give the keys time to arrive and be handled
-        open = ::IsWindow(self.GetHwnd()) != FALSE;
-        self.EndDialog(IDCANCEL);
+        // The keys arrive as input of this thread: wait until the close command they make has been handled.
+        EXPECT_TRUE(uc::test::WaitFor([&] { return self.systemCloses > 0; }));
+        uc::test::ClickWithMouseMessages(self.Item(IDOK));
     };
-    EXPECT_EQ(d.DoModal(), IDCANCEL);
-    EXPECT_TRUE(open);
+    EXPECT_EQ(d.DoModal(), IDOK);
+    EXPECT_EQ(d.systemCloses, 1) << "Alt+F4 reached the dialog";
+    EXPECT_EQ(d.cancels, 0) << "and did not cancel it";
 }
 
 TEST_F(CustomDialogTest, FlatBackgroundColourAndTransparentControlText) {
