@@ -124,31 +124,36 @@ TEST(RoundButtonLayout, ArrowsOfTheRepeatingKinds) {
 }
 
 TEST(RoundButtonLayout, ScaleStyleGrowsFontAndCornersAtTheirRates) {
-    tButtonStyle s;
-    s.font.size = 16;
-    s.radius = 10;
-    s.scaleText = 1;
-    EXPECT_TRUE(ScaleStyle(s, 2.0));
-    EXPECT_EQ(s.font.size, 22) << "1.4 x 16 = 22.4";
-    EXPECT_DOUBLE_EQ(s.radius, 17.5);
-
-    tButtonStyle t;
-    t.font.size = 15;
-    t.radius = 10;
-    t.scaleText = 1;
-    EXPECT_TRUE(ScaleStyle(t, 0.5));
-    EXPECT_EQ(t.font.size, 12) << "0.8 x 15 = 12";
-    EXPECT_DOUBLE_EQ(t.radius, 6.25);
-    t.font.size = 25;
-    EXPECT_TRUE(ScaleStyle(t, 1.125));
-    EXPECT_EQ(t.font.size, 26) << "1.05 x 25 = 26.25";
+    struct Case {
+        double scale;
+        int size;
+        double radius;
+        int scaledSize;
+        double scaledRadius;
+    };
+    const Case cases[] = {
+        {2.0, 16, 10, 22, 17.5},    // 1.4 x 16 = 22.4
+        {0.5, 15, 10, 12, 6.25},    // 0.8 x 15
+        {1.125, 25, 10, 26, 10.9375},  // 1.05 x 25 = 26.25
+        {2.25, -5, 8, -8, 15.5},    // 1.5 x -5 = -7.5: halves round away from zero
+        {2.0, -16, 10, -22, 17.5},  // character-height sizes scale the same way
+    };
+    for (const Case& c : cases) {
+        tButtonStyle s;
+        s.font.size = c.size;
+        s.radius = c.radius;
+        s.scaleText = 1;
+        EXPECT_TRUE(ScaleStyle(s, c.scale));
+        EXPECT_EQ(s.font.size, c.scaledSize) << c.scale;
+        EXPECT_DOUBLE_EQ(s.radius, c.scaledRadius) << c.scale;
+    }
 
     tButtonStyle fixed;
     fixed.scaleText = 0;
     const tButtonStyle before = fixed;
     EXPECT_TRUE(ScaleStyle(fixed, 3.0));
     EXPECT_EQ(fixed, before) << "without scaleText nothing scales";
-    s = before;
+    tButtonStyle s = before;
     s.scaleText = 1;
     const tButtonStyle unscaled = s;
     for (double bad : {0.0, -1.0, std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()}) {
