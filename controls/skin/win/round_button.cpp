@@ -24,6 +24,10 @@ CRoundButton2::CRoundButton2() { m_font = FontRepository::GetFont(m_style.font);
 
 CRoundButton2::~CRoundButton2() { *m_alive = false; }
 
+bool CRoundButton2::Create(const wchar_t* caption, DWORD style, const RECT& rect, HWND parent, UINT id) {
+    return OwnerDrawButton::Create(0, L"BUTTON", caption, WS_CHILD | style, rect, parent, id);
+}
+
 bool CRoundButton2::LoadStyle(const tButtonStyle* style, double scale) {
     if (!style) return false;
     m_style = *style;

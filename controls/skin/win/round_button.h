@@ -34,6 +34,10 @@ public:
     CRoundButton2();
     ~CRoundButton2() override;
 
+    // As CButton::Create: a child BUTTON with `caption` at `rect` (add WS_VISIBLE to `style` to show it at once),
+    // owner-drawn from then on. False when the window cannot be created.
+    bool Create(const wchar_t* caption, DWORD style, const RECT& rect, HWND parent, UINT id);
+
     // Copies `style` (scaled by `scale` when its scaleText is set) and takes its font from FontRepository.
     // False, and nothing changes, for a null style.
     bool LoadStyle(const tButtonStyle* style, double scale = 1.0);
