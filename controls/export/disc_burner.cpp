@@ -364,9 +364,8 @@ bool CStarDiscBurn::BuildTree(Session& s, int privacy) {
     if (m_queue) {
         const std::set<std::wstring> files = m_queue->GetFilesName();
         // Files keep their folders below the parent of the folder they share, so the patient's folder shows.
-        std::wstring common = CommonFolder(files);
-        std::wstring base = common.size() > 1 ? FolderOf(common.substr(0, common.size() - 1)) : common;
-        if (base.empty()) base = common;
+        const std::wstring common = CommonFolder(files);
+        const std::wstring base = common.size() > 1 ? FolderOf(common.substr(0, common.size() - 1)) : common;
         for (int i = 0, n = m_queue->GetSize(); i < n; ++i)
             if (!AddQueuedFile(s, m_queue->GetAt(i), base, privacy)) return false;
         if (!AddPdfReports(s, base)) return false;

@@ -1,6 +1,8 @@
 // Portable part of CSerialConnection: lifecycle, the receiving thread and the buffer handed to Tokenize.
 #include "platform/serial/serial_connection.h"
 
+#include <future>
+
 #include "platform/logger.h"
 #include "platform/serial/port_backend.h"
 
@@ -17,6 +19,7 @@ bool CSerialConnection::Open(int port, int baud) {
     if (m_thread.joinable()) {
         // Left behind by a Close from the receiving thread: finish it and release its port first.
         m_thread.join();
+        m_receiverId = std::thread::id();
         std::lock_guard<std::mutex> w(m_writeMutex);
         m_backend.reset();
     }
@@ -45,13 +48,22 @@ bool CSerialConnection::Open(int port, int baud) {
     m_port = port;
     m_open = true;
     m_receiving = true;
-    m_thread = std::thread([this, raw] { ReceiveLoop(raw); });
+    // The thread waits until its identity is recorded, so a Close from inside Tokenize knows it is on the
+    // receiving thread (and neither waits for the state lock nor joins itself).
+    std::promise<void> settled;
+    std::future<void> go = settled.get_future();
+    m_thread = std::thread([this, raw, go = std::move(go)]() mutable {
+        go.wait();
+        ReceiveLoop(raw);
+    });
+    m_receiverId = m_thread.get_id();
+    settled.set_value();
     return true;
 }
 
 bool CSerialConnection::Close(bool wait) {
     std::unique_lock<std::mutex> state(m_stateMutex, std::defer_lock);
-    const bool onReceiver = m_thread.joinable() && std::this_thread::get_id() == m_thread.get_id();
+    const bool onReceiver = std::this_thread::get_id() == m_receiverId.load();
     // From inside Tokenize the caller already holds the receive lock; Open/Close may not run concurrently there.
     if (!onReceiver) state.lock();
     if (!m_open.exchange(false)) return false;
@@ -62,6 +74,7 @@ bool CSerialConnection::Close(bool wait) {
     if (!onReceiver) {
         (void)wait;  // joining is needed before the back-end can be released, so Close always waits
         if (m_thread.joinable()) m_thread.join();
+        m_receiverId = std::thread::id();  // a later thread may be given the same id
         std::lock_guard<std::mutex> w(m_writeMutex);
         m_backend.reset();
     }

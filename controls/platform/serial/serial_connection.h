@@ -66,6 +66,9 @@ private:
     CCircularBuffer m_received;
     std::unique_ptr<uc::serial::PortBackend> m_backend;
     std::thread m_thread;
+    // The receiving thread's id, settled before it runs any user code: Close compares against it instead of
+    // reading m_thread, which Open may still be assigning.
+    std::atomic<std::thread::id> m_receiverId{};
     std::atomic<bool> m_open{false};
     std::atomic<bool> m_receiving{false};
     std::atomic<int> m_port{-1};
