@@ -13,6 +13,7 @@ pkgs=(
   wine wine64 xvfb xauth fonts-dejavu-core fonts-liberation
   socat
   python3-pil
+  xorriso  # third-party ISO 9660/Joliet reader that checks the simulated disc-writing library's images
 )
 
 missing=()

@@ -37,7 +37,7 @@ int CStarDiscBurn::SendToRemovable(void*, const std::wstring& source, const std:
     std::wstring unit;
     double total = m_queue->GetTotalFileSize(unit);
     total *= unit == L"MB" ? 1048576.0 : unit == L"KB" ? 1024.0 : 1.0;
-    const std::int64_t available = AvailableBytes(target);
+    const std::int64_t available = m_freeSpace ? m_freeSpace(target) : AvailableBytes(target);
     if (available < 0 || total > static_cast<double>(available)) {
         result = uc::Format(L"'%s' has %I64d bytes free, %.0f needed", target.c_str(),
                             static_cast<long long>(available < 0 ? 0 : available), total);
@@ -116,7 +116,7 @@ int CStarDiscBurn::SendToRemovable(void*, const std::wstring& source, const std:
 int CStarDiscBurn::SendDicomDirToRemovable(const std::wstring& source, const std::wstring& target, void*,
                                            const std::wstring& title) {
     const std::int64_t needed = FolderSize(source);
-    const std::int64_t available = AvailableBytes(target);
+    const std::int64_t available = m_freeSpace ? m_freeSpace(target) : AvailableBytes(target);
     if (available < 0 || needed > available) {
         UC_LOG(zelLogger::Failure)(L"SendDicomDirToRemovable(): '%s' needs %I64d bytes, '%s' has %I64d free",
                                    source.c_str(), static_cast<long long>(needed), target.c_str(),
