@@ -647,12 +647,12 @@ unsigned long CStarDiscBurn::BurnThread(void* burner) {
     }
     if (self->m_presenter) self->m_presenter->Post(m_hParentWnd, kBurnFinishedMessage, 1, 0);
     self->DestroyProgressDialog();
-    if (self->m_presenter) {
+    if (self->m_presenter)
         self->m_presenter->Tell(self->LocalText(ok ? "utilscontrols.burn.donemsg" : "utilscontrols.burn.donefailmsg"),
                                 L"", BoxIcon::Information);
-        self->m_presenter->Post(m_hParentWnd, kBurnClosedMessage, 1, 0);
-    }
+    // Free before the last message, so an owner that starts the next burn on it is not refused.
     self->m_burning = false;
+    if (self->m_presenter) self->m_presenter->Post(m_hParentWnd, kBurnClosedMessage, 1, 0);
     return 0;
 }
 
