@@ -26,5 +26,7 @@ int Dispatch(const Args& args, std::wostream& out, std::wostream& err);
 // "--name=value" or "--name value" option lookup; removes what it consumes from `args`.
 bool TakeOption(Args& args, const std::wstring& name, std::wstring& value);
 bool TakeFlag(Args& args, const std::wstring& name);
+// "WIDTHxHEIGHT" with each side from 8 to 2000 pixels.
+bool ParseSize(const std::wstring& text, int& w, int& h);
 
 }  // namespace uctool

@@ -27,9 +27,7 @@ std::string DeviceImage(const std::string& image, int index) {
 }
 
 bool AllZero(const std::uint8_t* p, std::size_t n) {
-    for (std::size_t i = 0; i < n; ++i)
-        if (p[i]) return false;
-    return true;
+    return n == 0 || (p[0] == 0 && std::memcmp(p, p + 1, n - 1) == 0);
 }
 }  // namespace
 
