@@ -31,6 +31,12 @@ struct Medium {
         ASSERT_TRUE(image.Read(bytes.data() + at, static_cast<std::size_t>(size), produced, error)) << error.why;
         ASSERT_EQ(produced, size);
     }
+    // Lays `tree` out at `start` into `image` and writes it.
+    void Burn(const FileTree& tree, IsoImage& image, std::uint32_t start = 0) {
+        std::string error;
+        ASSERT_TRUE(image.Build(tree, start, {"V", "P", "A"}, 0, error)) << error;
+        Write(image);
+    }
     BlockReader Reader() {
         return [this](std::uint32_t lba, std::uint32_t count, std::uint8_t* out) {
             const std::uint64_t at = std::uint64_t(lba) * kBlockSize, n = std::uint64_t(count) * kBlockSize;
@@ -63,10 +69,8 @@ TEST(IsoImageTest, FullDirectoriesSpanBlocksWithoutSplittingARecord) {
         ASSERT_TRUE(tree.AddMemory(*folder, Utf8ToUtf16("file number " + std::to_string(i) + " with a long name.txt"),
                                    Bytes("content " + std::to_string(i)), 0, nullptr).ok);
     IsoImage image;
-    std::string error;
-    ASSERT_TRUE(image.Build(tree, 0, {"V", "P", "A"}, 0, error)) << error;
     Medium medium;
-    medium.Write(image);
+    medium.Burn(tree, image);
     SessionTree back = ReadBack(medium);
     ASSERT_EQ(back.root->children.size(), 1u);
     const TreeNode& many = *back.root->children[0];
@@ -83,14 +87,43 @@ TEST(IsoImageTest, WithoutJolietTheIsoNamesAreRead) {
     FileTree tree(false, false, false);
     ASSERT_TRUE(tree.AddMemory(tree.Root(), u"report final.pdf", Bytes("pdf"), 0, nullptr).ok);
     IsoImage image;
-    std::string error;
-    ASSERT_TRUE(image.Build(tree, 0, {"V", "P", "A"}, 0, error));
     Medium medium;
-    medium.Write(image);
+    medium.Burn(tree, image);
     SessionTree back = ReadBack(medium);
     EXPECT_FALSE(back.joliet);
     ASSERT_EQ(back.root->children.size(), 1u);
     EXPECT_EQ(back.root->children[0]->name, u"REPORT_F.PDF");
+}
+
+// "a" sorts before "B" in ISO 9660 ("A" < "B") but after it in Joliet (0x0042 < 0x0061): each path table
+// keeps its own order, and every record's parent number and address match its own hierarchy.
+TEST(IsoImageTest, JolietPathTableHasItsOwnOrder) {
+    FileTree tree(false, true, true);
+    TreeNode *a = nullptr, *b = nullptr;
+    ASSERT_TRUE(tree.AddFolder(tree.Root(), u"a", &a).ok);
+    ASSERT_TRUE(tree.AddFolder(tree.Root(), u"B", &b).ok);
+    ASSERT_TRUE(tree.AddFolder(*a, u"in a", nullptr).ok);
+    ASSERT_TRUE(tree.AddFolder(*b, u"in B", nullptr).ok);
+    IsoImage image;
+    Medium medium;
+    medium.Burn(tree, image);
+    const std::uint8_t* svd = &medium.bytes[17 * kBlockSize];
+    const std::uint32_t tableBytes = GetLe32(svd + 132);
+    const std::uint8_t* table = &medium.bytes[std::size_t(GetLe32(svd + 140)) * kBlockSize];
+    std::vector<std::pair<std::u16string, std::uint16_t>> records;  // name, parent number
+    for (std::size_t at = 0; at < tableBytes;) {
+        const std::uint8_t length = table[at];
+        std::u16string name;
+        for (std::size_t k = 0; k + 1 < length; k += 2) name.push_back(static_cast<char16_t>((table[at + 8 + k] << 8) | table[at + 9 + k]));
+        records.emplace_back(name, GetLe16(&table[at + 6]));
+        // The directory the record names starts with its own "." record.
+        const std::uint32_t lba = GetLe32(&table[at + 2]);
+        EXPECT_EQ(GetLe32(&medium.bytes[std::size_t(lba) * kBlockSize + 2]), lba) << Utf16ToUtf8(name);
+        at += 8 + length + length % 2;
+    }
+    const std::vector<std::pair<std::u16string, std::uint16_t>> expected = {
+        {u"", 1}, {u"B", 1}, {u"a", 1}, {u"in B", 2}, {u"in a", 3}};
+    EXPECT_EQ(records, expected);
 }
 
 // Only the metadata blocks are streamed: the data of a 4.5 GiB sparse file is never read.
@@ -125,10 +158,8 @@ TEST(IsoImageTest, ImportedFilesKeepTheirPlaceInTheEarlierSession) {
     ASSERT_TRUE(first.AddMemory(first.Root(), u"old.txt", Bytes("old data"), 0, nullptr).ok);
     ASSERT_TRUE(first.AddMemory(first.Root(), u"renewed.txt", Bytes("old version"), 0, nullptr).ok);
     IsoImage one;
-    std::string error;
-    ASSERT_TRUE(one.Build(first, 0, {"V", "P", "A"}, 0, error));
     Medium medium;
-    medium.Write(one);
+    medium.Burn(first, one);
 
     SessionTree previous = ReadBack(medium);
     FileTree second(false, true, true);
@@ -137,8 +168,7 @@ TEST(IsoImageTest, ImportedFilesKeepTheirPlaceInTheEarlierSession) {
     ASSERT_TRUE(second.AddMemory(second.Root(), u"new.txt", Bytes("new data"), 0, nullptr).ok);
     const std::uint32_t start = (one.Blocks() + 15) / 16 * 16;
     IsoImage two;
-    ASSERT_TRUE(two.Build(second, start, {"V", "P", "A"}, 0, error));
-    medium.Write(two);
+    medium.Burn(second, two, start);
 
     SessionTree back = ReadBack(medium, start);
     std::map<std::u16string, std::string> files;
@@ -155,10 +185,8 @@ TEST(IsoReaderTest, DamagedSessionsAreRefusedWithAReason) {
     ASSERT_TRUE(tree.AddFolder(tree.Root(), u"sub", &sub).ok);
     ASSERT_TRUE(tree.AddMemory(*sub, u"f.txt", Bytes("x"), 0, nullptr).ok);
     IsoImage image;
-    std::string error;
-    ASSERT_TRUE(image.Build(tree, 0, {"V", "P", "A"}, 0, error));
     Medium good;
-    good.Write(image);
+    good.Burn(tree, image);
     ReadBack(good);
     // The Joliet descriptor (block 17) leads: its root record and the first directory it names.
     const std::size_t svd = 17 * kBlockSize, root = svd + 156;
@@ -194,6 +222,7 @@ TEST(IsoReaderTest, DamagedSessionsAreRefusedWithAReason) {
     SessionLimits shallow;
     shallow.maxDepth = 0;
     SessionTree out;
+    std::string error;
     EXPECT_FALSE(ReadSession(good.Reader(), 0, shallow, out, error));
     EXPECT_NE(error.find("deeper"), std::string::npos) << error;
 }
