@@ -12,7 +12,9 @@ pkgs=(
   mingw-w64 g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
   wine wine64 xvfb xauth fonts-dejavu-core fonts-liberation
   socat
+  python3-numpy
   python3-pil
+  xorriso  # third-party ISO 9660/Joliet reader that checks the simulated disc-writing library's images
 )
 
 missing=()

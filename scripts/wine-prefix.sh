@@ -19,4 +19,8 @@ if [ ! -f "$prefix/system.reg" ]; then
   wineserver -w || true
 fi
 [ -f "$prefix/system.reg" ] || { echo "wine-prefix: could not create $prefix" >&2; exit 1; }
+# Windows unmanaged by a window manager: Xvfb runs none, and Wine waits 2 s for one on every hidden top-level window.
+if ! grep -q '^"Managed"="N"' "$prefix/user.reg" 2>/dev/null; then
+  wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 2>&1 || true
+fi
 echo "wine-prefix: $prefix ready"

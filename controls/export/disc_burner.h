@@ -101,6 +101,8 @@ public:
     void SetPresenter(std::shared_ptr<uc::exporting::IBurnPresenter> presenter) { m_presenter = std::move(presenter); }
     void SetWallClock(std::function<std::tm()> now) { m_wallClock = std::move(now); }
     void SetClock(uc::Clock& clock) { m_clock = &clock; }
+    // Free bytes of the drive holding a folder (default: the file system's answer), for the removable copies.
+    void SetFreeSpaceProbe(std::function<std::int64_t(const std::wstring&)> probe) { m_freeSpace = std::move(probe); }
     // Longest wait for a PDF report to appear.
     void SetPdfTimeout(uc::Millis timeout) { m_pdfTimeout = timeout; }
 
@@ -129,6 +131,7 @@ private:
     std::function<std::tm()> m_wallClock;
     uc::Clock* m_clock;
     uc::Millis m_pdfTimeout{60000};
+    std::function<std::int64_t(const std::wstring&)> m_freeSpace;
 
     std::atomic<bool> m_burning{false};
     std::thread m_thread;

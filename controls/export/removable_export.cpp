@@ -37,7 +37,7 @@ int CStarDiscBurn::SendToRemovable(void*, const std::wstring& source, const std:
     std::wstring unit;
     double total = m_queue->GetTotalFileSize(unit);
     total *= unit == L"MB" ? 1048576.0 : unit == L"KB" ? 1024.0 : 1.0;
-    const std::int64_t available = AvailableBytes(target);
+    const std::int64_t available = m_freeSpace ? m_freeSpace(target) : AvailableBytes(target);
     if (available < 0 || total > static_cast<double>(available)) {
         result = uc::Format(L"'%s' has %I64d bytes free, %.0f needed", target.c_str(),
                             static_cast<long long>(available < 0 ? 0 : available), total);
@@ -68,12 +68,7 @@ int CStarDiscBurn::SendToRemovable(void*, const std::wstring& source, const std:
             base.clear();
             break;
         }
-    if (base.empty()) {
-        base = FolderOf(*files.begin());
-        for (const std::wstring& f : files)
-            while (!base.empty() && f.compare(0, base.size(), base) != 0) base = FolderOf(base.substr(0, base.size() - 1));
-        if (base.size() > 1) base = FolderOf(base.substr(0, base.size() - 1));
-    }
+    if (base.empty()) base = ExportBase(files);
     const auto fail = [&](const std::wstring& why) {
         result = why;
         UC_LOG(zelLogger::Failure)(L"SendToRemovable(): %s; nothing is left on '%s'", why.c_str(), target.c_str());
@@ -85,9 +80,7 @@ int CStarDiscBurn::SendToRemovable(void*, const std::wstring& source, const std:
     int done = 0, n = 0;
     for (const std::wstring& file : files) {
         std::wstring from = file;
-        const std::wstring ext = LowerExtension(file);
-        const bool image = ext == L"jpg" || ext == L"jpeg" || ext == L"bmp" || ext == L"gif" || ext == L"png" ||
-                           ext == L"tif" || ext == L"tiff";
+        const bool image = IsImageFile(file);
         if (image && (privacy || (convert >= 1 && convert <= 4))) {
             from = m_queue->ConvertImage(file, staging + std::to_wstring(++n), convert >= 1 && convert <= 4 ? convert : 0,
                                          privacy);
@@ -116,7 +109,7 @@ int CStarDiscBurn::SendToRemovable(void*, const std::wstring& source, const std:
 int CStarDiscBurn::SendDicomDirToRemovable(const std::wstring& source, const std::wstring& target, void*,
                                            const std::wstring& title) {
     const std::int64_t needed = FolderSize(source);
-    const std::int64_t available = AvailableBytes(target);
+    const std::int64_t available = m_freeSpace ? m_freeSpace(target) : AvailableBytes(target);
     if (available < 0 || needed > available) {
         UC_LOG(zelLogger::Failure)(L"SendDicomDirToRemovable(): '%s' needs %I64d bytes, '%s' has %I64d free",
                                    source.c_str(), static_cast<long long>(needed), target.c_str(),

@@ -96,3 +96,21 @@ bool utilsExam::IsLayoutLeft() { return g_layoutLeft; }
 void utilsExam::SetLayoutLeft(bool left) { g_layoutLeft = left; }
 bool utilsExam::DevMode() { return g_devMode; }
 void utilsExam::SetDevMode(bool on) { g_devMode = on; }
+
+namespace {
+std::mutex g_areaMutex;
+utilsExam::Area g_dialogArea;
+}  // namespace
+
+utilsExam::Area utilsExam::CalculateDialogRect() {
+    {
+        std::lock_guard lock(g_areaMutex);
+        if (g_dialogArea.right > g_dialogArea.left && g_dialogArea.bottom > g_dialogArea.top) return g_dialogArea;
+    }
+    return uc::PrimaryWorkArea();
+}
+
+void utilsExam::SetDialogRect(const Area& area) {
+    std::lock_guard lock(g_areaMutex);
+    g_dialogArea = area;
+}

@@ -43,11 +43,22 @@ public:
     static void SetLayoutLeft(bool left);
     static bool DevMode();
     static void SetDevMode(bool on);
+
+    // Screen rectangle (left, top, right, bottom) in which console dialogs are centred: the imaging area, not the
+    // whole screen. The application sets it; until then, and after an empty rectangle, the primary screen's work
+    // area on Windows and an empty rectangle elsewhere.
+    struct Area {
+        int left = 0, top = 0, right = 0, bottom = 0;
+    };
+    static Area CalculateDialogRect();
+    static void SetDialogRect(const Area& area);
 };
 
 namespace uc {
 // Folder of the running executable.
 UC_API std::wstring ExecutableFolder();
+// The primary screen's work area (Windows); an empty rectangle elsewhere.
+UC_API utilsExam::Area PrimaryWorkArea();
 // `base` joined with `sub` using the platform's separator; '/' and '\\' in `sub` both separate.
 UC_API std::wstring JoinPath(const std::wstring& base, const std::wstring& sub);
 }  // namespace uc

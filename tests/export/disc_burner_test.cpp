@@ -394,6 +394,26 @@ TEST_F(BurnTest, TheThreadPostsFinishedShowsTheResultThenPostsClosed) {
     EXPECT_GT(after, told);
 }
 
+// The owner may start the next burn as soon as it is told the last one's box was closed.
+class ChainingPresenter : public RecordingPresenter {
+public:
+    CStarDiscBurn* burner = nullptr;
+    int restarted = -1;
+    void Post(void* owner, unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override {
+        RecordingPresenter::Post(owner, message, wParam, lParam);
+        if (message == uc::exporting::kBurnClosedMessage && restarted < 0) restarted = burner->IsBurning() ? 0 : 1;
+    }
+};
+
+TEST_F(BurnTest, TheBurnerIsFreeWhenTheOwnerHearsTheBoxWasClosed) {
+    auto chaining = std::make_shared<ChainingPresenter>();
+    chaining->burner = &burner;
+    burner.SetPresenter(chaining);
+    ASSERT_EQ(burner.StartBurningProcess(0), 1);
+    burner.WaitForBurn();
+    EXPECT_EQ(chaining->restarted, 1);
+}
+
 TEST_F(BurnTest, WithoutTheThreadTheSameMessagesComeFromTheCaller) {
     vex_utils::WriteProfileInt(L"System", L"BurnThread", 0);
     disc->failures = {{"CdvdBurnerGrabber_CloseSession", 6}};
@@ -426,6 +446,81 @@ TEST_F(BurnTest, PdfReportsAreAwaitedOnTheInjectedClock) {
     CStarDiscBurn::SetGeneratePDFCallback(nullptr);
     EXPECT_EQ(result, 1);
     EXPECT_EQ(disc->sources.count("/Exports_Cardio/2024-03-05_09-07-03/P1/S1/S1.pdf"), 1u);
+}
+
+}  // namespace
+
+namespace {
+using namespace uc::test;
+
+class RemovableTest : public BurnTest {
+protected:
+    std::set<std::wstring> FilesBelow(const std::wstring& folder) const {
+        std::set<std::wstring> out;
+        std::error_code ec;
+        for (auto it = std::filesystem::recursive_directory_iterator(uc::ToFsPath(folder), ec);
+             !ec && it != std::filesystem::recursive_directory_iterator(); it.increment(ec))
+            if (it->is_regular_file())
+                out.insert(uc::FromFsPath(std::filesystem::relative(it->path(), uc::ToFsPath(folder))));
+        return out;
+    }
+    std::wstring drive = dir.file(L"usb");
+};
+
+TEST_F(RemovableTest, TheQueueIsCopiedBelowTheExportFolderAndTimeStamp) {
+    std::filesystem::create_directories(uc::ToFsPath(drive));
+    std::wstring result;
+    ASSERT_EQ(burner.SendToRemovable(nullptr, L"", drive, 1, 0, result, nullptr, L"Exp/{PATID}", L"ID7", 0), 1) << uc::ToUtf8(result);
+    const std::wstring destination = Below(drive, L"Exp/ID7/2024-03-05_09-07-03");
+    EXPECT_EQ(Dir(result), Dir(destination));
+    const std::set<std::wstring> files = FilesBelow(destination);
+    EXPECT_EQ(files.count(Below(L"P1", L"S1/img1.jpg")), 1u);  // converted
+    EXPECT_EQ(files.count(Below(L"P1", L"S1/img2.jpg")), 1u);
+    EXPECT_EQ(files.count(Below(L"P1", L"S2/rpt.xml")), 1u);
+    EXPECT_EQ(files.size(), archive.patientFiles.size());
+    EXPECT_TRUE(queue.GetConvertedName().empty());
+    EXPECT_GE(presenter->Find(L"step utilscontrols.burn.progressTransfer"), 0);
+    // The same second again: the folder exists and is not overwritten unless asked.
+    EXPECT_EQ(burner.SendToRemovable(nullptr, L"", drive, 1, 0, result, nullptr, L"Exp/{PATID}", L"ID7", 0), 0);
+}
+
+TEST_F(RemovableTest, FailuresLeaveNothingOnTheDrive) {
+    std::filesystem::create_directories(uc::ToFsPath(drive));
+    std::wstring result;
+    burner.SetFreeSpaceProbe([](const std::wstring&) { return std::int64_t(100); });
+    EXPECT_EQ(burner.SendToRemovable(nullptr, L"", drive, 0, 0, result, nullptr, L"", L"", 0), 0);
+    EXPECT_GE(presenter->Find(L"tell utilscontrols.burn.removablefreespaceerrormsg | utilscontrols.burn.nomediamsgtitle"), 0);
+    burner.SetFreeSpaceProbe(nullptr);
+
+    std::filesystem::remove(uc::ToFsPath(Below(archive.study2, L"study.xml")));
+    EXPECT_EQ(burner.SendToRemovable(nullptr, L"", drive, 0, 0, result, nullptr, L"", L"", 0), 0);
+    EXPECT_NE(result.find(L"has vanished"), std::wstring::npos);
+    EXPECT_TRUE(FilesBelow(drive).empty());
+
+    codec->failBlackout = true;
+    queue.SetLayoutFile(dir.write(L"layout.xml", "<layout><zones/></layout>"));
+    dir.write(L"archive/P1/S2/study.xml", "<study/>");
+    EXPECT_EQ(burner.SendToRemovable(nullptr, L"", drive, 0, 1, result, nullptr, L"", L"", 1), 0);
+    EXPECT_NE(result.find(L"could not be blacked out"), std::wstring::npos);
+    EXPECT_TRUE(FilesBelow(drive).empty());
+    EXPECT_TRUE(queue.GetConvertedName().empty());
+}
+
+TEST_F(RemovableTest, ADicomDirTreeIsCopiedWhenItFits) {
+    dir.write(L"dicom/DICOMDIR", std::string(300, 'd'));
+    dir.write(L"dicom/IMAGES/IM0001", std::string(700, 'i'));
+    EXPECT_EQ(burner.SendDicomDirToRemovable(dir.file(L"dicom"), drive, nullptr, L"USB"), 0);  // no drive there
+    std::filesystem::create_directories(uc::ToFsPath(drive));
+    EXPECT_EQ(burner.SendDicomDirToRemovable(dir.file(L"dicom"), drive, nullptr, L"USB"), 1);
+    EXPECT_EQ(FilesBelow(drive), (std::set<std::wstring>{L"DICOMDIR", Below(L"IMAGES", L"IM0001")}));
+    EXPECT_EQ(ReadFile(Below(drive, L"IMAGES/IM0001")), std::string(700, 'i'));
+
+    burner.SetFreeSpaceProbe([](const std::wstring&) { return std::int64_t(999); });
+    const std::wstring other = dir.file(L"usb2");
+    std::filesystem::create_directories(uc::ToFsPath(other));
+    EXPECT_EQ(burner.SendDicomDirToRemovable(dir.file(L"dicom"), other, nullptr, L"USB"), 0);
+    EXPECT_TRUE(FilesBelow(other).empty());
+    EXPECT_GE(presenter->Find(L"tell utilscontrols.burn.removablefreespaceerrormsg"), 0);
 }
 
 }  // namespace

@@ -297,3 +297,28 @@ TEST_F(ConvertTest, ClearingTheQueueKeepsTheConvertedFilesForCleanUp) {
 }
 
 }  // namespace
+
+#ifndef _WIN32
+#include <csignal>
+#include <sys/resource.h>
+
+namespace {
+// A disk that fills up under the staging folder: the process may write no more than 1000 bytes into a file.
+TEST_F(ConvertTest, AFullDiskLeavesNoHalfCopy) {
+    const std::wstring big = dir.write(L"archive/P1/S1/big.bmp", std::string(5000, 'b'));
+    rlimit old{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &old), 0);
+    const auto previous = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit small = old;
+    small.rlim_cur = 1000;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    const std::wstring result = queue.ConvertImage(big, out, 1, 0);
+    ::setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, previous);
+    EXPECT_EQ(result, Below(out, L"big.jpg"));
+    EXPECT_TRUE(Outputs().empty());
+    EXPECT_TRUE(queue.GetConvertedName().empty());
+    EXPECT_EQ(zelLogger::Instance().Count(L"ConvertImage(): copying"), 1u);
+}
+}  // namespace
+#endif

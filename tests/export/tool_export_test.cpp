@@ -68,9 +68,6 @@ std::string ListImage(const std::wstring& image) {
 }
 
 TEST(ExportCommand, BurnsAnImageThatAThirdPartyReaderOpensAndAppendsASession) {
-#ifndef UC_HAVE_SIMULATED_STARBURN
-    GTEST_SKIP() << "the simulated disc-writing library is not part of this build";
-#endif
     TempDir dir;
     SampleArchive archive(dir);
     const std::wstring image = dir.file(L"out/export.iso");
@@ -95,10 +92,48 @@ TEST(ExportCommand, BurnsAnImageThatAThirdPartyReaderOpensAndAppendsASession) {
     EXPECT_NE(listing.find("/S9/study.xml"), std::string::npos) << listing;
 }
 
+// The erase/append table against the simulated library: the medium's state decides, the answers come from flags.
+TEST(ExportCommand, TheMediumDecidesBetweenWritingAppendingAndErasing) {
+    TempDir dir;
+    SampleArchive archive(dir);
+    dir.write(L"second/S9/study.xml", "<study/>");
+    struct Case {
+        const wchar_t* medium;
+        std::vector<std::wstring> flags;
+        int code;
+        bool keepsFirst;  // the first session's files are still in the image
+    } cases[] = {
+        {L"cd-rw", {L"--append"}, 0, true},             // appendable rewritable, answered No: append
+        {L"cd-rw", {L"--append", L"--erase"}, 0, false}, // answered Yes: erase, then write
+        {L"dvd-r", {L"--append"}, 0, true},             // appendable write-once: append without asking
+    };
+    int n = 0;
+    for (const Case& c : cases) {
+        const std::wstring image = dir.file(L"m" + std::to_wstring(n++) + L".iso");
+        ASSERT_EQ(Tool({L"export", L"burn", archive.patient, L"--image", image, L"--medium", c.medium}).code, 0);
+        uctool::Args second = {L"export", L"burn", dir.file(L"second/S9"), L"--image", image, L"--medium", c.medium};
+        second.insert(second.end(), c.flags.begin(), c.flags.end());
+        const Result r = Tool(second);
+        EXPECT_EQ(r.code, c.code) << uc::ToUtf8(c.medium) << uc::ToUtf8(r.err);
+        if (std::system("xorriso -version >/dev/null 2>&1") != 0) continue;
+        const std::string listing = ListImage(image);
+        EXPECT_NE(listing.find("/S9/study.xml"), std::string::npos) << listing;
+        EXPECT_EQ(listing.find("/P1/S1/img1.bmp") != std::string::npos, c.keepsFirst) << uc::ToUtf8(c.medium) << listing;
+    }
+    // A closed write-once disc is refused and left as it was.
+    const std::wstring image = dir.file(L"closed.iso");
+    ASSERT_EQ(Tool({L"export", L"burn", archive.patient, L"--image", image}).code, 0);
+    std::filesystem::remove(uc::ToFsPath(image + L".medium"));  // the image alone, given as a closed disc
+    const auto size = std::filesystem::file_size(uc::ToFsPath(image));
+    ::setenv("UC_STARBURN_SET", "state=closed", 1);
+    const Result r = Tool({L"export", L"burn", dir.file(L"second/S9"), L"--image", image, L"--append"});
+    ::unsetenv("UC_STARBURN_SET");
+    EXPECT_EQ(r.code, 1);
+    EXPECT_TRUE(Contains(r.out, L"utilscontrols.burn.readonlymsg")) << uc::ToUtf8(r.out);
+    EXPECT_EQ(std::filesystem::file_size(uc::ToFsPath(image)), size);
+}
+
 TEST(ExportCommand, AFailedBurnLeavesNoImageBehind) {
-#ifndef UC_HAVE_SIMULATED_STARBURN
-    GTEST_SKIP() << "the simulated disc-writing library is not part of this build";
-#endif
     TempDir dir;
     SampleArchive archive(dir);
     const std::wstring image = dir.file(L"failed.iso");

@@ -24,7 +24,7 @@ using namespace uc::exporting;
 const wchar_t* const kUsage =
     L"usage: uctool export size FOLDER...\n"
     L"       uctool export burn FOLDER... --image OUT.iso [--convert jpg|bmp|gif] [--privacy LAYOUT.xml]\n"
-    L"                         [--medium cd-r|cd-rw|dvd-r|dvd+r|dvd-rw-ro|...] [--append | --overwrite]\n"
+    L"                         [--medium cd-r|cd-rw|dvd-r|dvd+r|dvd-rw-ro|...] [--append [--erase] | --overwrite]\n"
     L"                         [--export-folder NAME] [--screen WIDTHxHEIGHT] [--language FILE] [--library FILE]\n"
     L"       uctool export devices [--library FILE]\n"
     L"\n"
@@ -32,7 +32,8 @@ const wchar_t* const kUsage =
     L"size:    the files the export would hold and their total.\n"
     L"burn:    the whole burn through the disc-writing library; the simulated library writes the disc as the\n"
     L"         ISO 9660/Joliet image OUT.iso, which any burning program writes to a disc or a system mounts.\n"
-    L"         --append adds a session to an existing image, --overwrite starts it anew.\n"
+    L"         --append adds a session to an existing image (--erase: a rewritable medium is erased first),\n"
+    L"         --overwrite starts it anew.\n"
     L"         --convert and --privacy re-encode and black out images with GDI+ (the Windows build).\n"
     L"devices: the writers the library finds.";
 
@@ -123,7 +124,8 @@ int Burn(Args args, std::wostream& out, std::wostream& err) {
     TakeOption(args, L"--language", language);
     TakeOption(args, L"--library", library);
     const bool append = TakeFlag(args, L"--append"), overwrite = TakeFlag(args, L"--overwrite");
-    if (!hasImage || image.empty() || args.empty() || (append && overwrite)) {
+    const bool erase = TakeFlag(args, L"--erase");
+    if (!hasImage || image.empty() || args.empty() || (append && overwrite) || (erase && !append)) {
         err << kUsage << L"\n";
         return 2;
     }
@@ -178,7 +180,8 @@ int Burn(Args args, std::wostream& out, std::wostream& err) {
     if (existing && *existing) settings += uc::FromUtf8(existing) + L";";
     if (hasMedium) settings += L"medium=" + medium + L";";
     settings += L"image=" + uc::FromFsPath(imagePath);
-    if (append && fs::exists(imagePath, ec)) settings += L";state=appendable";
+    const bool stateGiven = existing && std::string(existing).find("state") != std::string::npos;
+    if (append && fs::exists(imagePath, ec) && !stateGiven) settings += L";state=appendable";
     SetEnvironment("UC_STARBURN_SET", settings);
 
     CFileQueue queue;
@@ -192,7 +195,7 @@ int Burn(Args args, std::wostream& out, std::wostream& err) {
 
     CStarDiscBurn burner(&queue);
     burner.SetDiscOperations(std::make_shared<StarBurnLoader>(library));
-    burner.SetPresenter(std::make_shared<ConsolePresenter>(out, append ? Answer::No : Answer::Cancel));
+    burner.SetPresenter(std::make_shared<ConsolePresenter>(out, erase ? Answer::Yes : append ? Answer::No : Answer::Cancel));
     burner.SetConversion(format);
     burner.SetPrivacy(privacy.empty() ? 0 : 1);
     burner.SetExportFolder(exportFolder);

@@ -13,6 +13,7 @@
 #include "style_tool.h"
 
 #ifdef _WIN32
+#include "platform/win/gdiplus_encoders.h"
 #include "skin/win/gdiplus.h"
 #endif
 
@@ -201,27 +202,10 @@ int Normalise(Args args, std::wostream& out, std::wostream& err) {
     return 0;
 }
 
-bool ParseSize(const std::wstring& text, int& w, int& h) {
-    const std::size_t x = text.find_first_of(L"xX");
-    if (x == std::wstring::npos) return false;
-    return uc::ParseInt(text.substr(0, x), w) && uc::ParseInt(text.substr(x + 1), h) && w >= 8 && h >= 8 && w <= 2000 &&
-           h <= 2000;
-}
-
 #ifdef _WIN32
 using namespace Gdiplus;
 
-bool SavePng(Bitmap& bitmap, const std::wstring& path) {
-    UINT count = 0, size = 0;
-    GetImageEncodersSize(&count, &size);
-    if (size == 0) return false;
-    std::vector<unsigned char> buffer(size);
-    auto* codecs = reinterpret_cast<ImageCodecInfo*>(buffer.data());
-    GetImageEncoders(count, size, codecs);
-    for (UINT i = 0; i < count; ++i)
-        if (std::wstring(codecs[i].MimeType) == L"image/png") return bitmap.Save(path.c_str(), &codecs[i].Clsid, nullptr) == Ok;
-    return false;
-}
+bool SavePng(Bitmap& bitmap, const std::wstring& path) { return uc::SaveImage(bitmap, path, L"image/png"); }
 
 // A GDI+ font of the face name, else of the first installed stand-in (a Wine prefix may have no Tahoma).
 std::unique_ptr<Font> MakeFont(const std::wstring& face, REAL pixels, INT style) {

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <ostream>
 
+#include "platform/text.h"
+
 namespace uctool {
 
 static std::vector<Command>& Registry() {
@@ -78,6 +80,13 @@ bool TakeFlag(Args& args, const std::wstring& name) {
     if (it == args.end()) return false;
     args.erase(it);
     return true;
+}
+
+bool ParseSize(const std::wstring& text, int& w, int& h) {
+    const std::size_t x = text.find_first_of(L"xX");
+    if (x == std::wstring::npos) return false;
+    return uc::ParseInt(text.substr(0, x), w) && uc::ParseInt(text.substr(x + 1), h) && w >= 8 && h >= 8 && w <= 2000 &&
+           h <= 2000;
 }
 
 }  // namespace uctool

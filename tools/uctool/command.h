@@ -30,5 +30,7 @@ bool ErrorIsTerminal();
 // "--name=value" or "--name value" option lookup; removes what it consumes from `args`.
 bool TakeOption(Args& args, const std::wstring& name, std::wstring& value);
 bool TakeFlag(Args& args, const std::wstring& name);
+// "WIDTHxHEIGHT" with each side from 8 to 2000 pixels.
+bool ParseSize(const std::wstring& text, int& w, int& h);
 
 }  // namespace uctool

@@ -1,4 +1,4 @@
-// Folder of the running executable, from /proc/self/exe.
+// Folder of the running executable, from /proc/self/exe; no screen work area natively.
 #include <unistd.h>
 
 #include <climits>
@@ -15,4 +15,6 @@ std::wstring ExecutableFolder() {
     std::size_t slash = p.find_last_of('/');
     return FromUtf8(slash == std::string::npos ? std::string(".") : p.substr(0, slash == 0 ? 1 : slash));
 }
+
+utilsExam::Area PrimaryWorkArea() { return {}; }  // no screen to ask
 }  // namespace uc

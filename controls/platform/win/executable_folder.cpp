@@ -1,4 +1,4 @@
-// Folder of the running executable, from GetModuleFileNameW.
+// Folder of the running executable (GetModuleFileNameW) and the primary screen's work area.
 #include <windows.h>
 
 #include <string>
@@ -25,5 +25,13 @@ std::wstring ExecutableFolder() {
     // "C:" alone would name the drive's current folder, not its root.
     if (folder.empty() || folder.back() == L':') folder += L'\\';
     return folder;
+}
+
+utilsExam::Area PrimaryWorkArea() {
+    RECT r{};
+    if (!::SystemParametersInfoW(SPI_GETWORKAREA, 0, &r, 0)) {
+        r = {0, 0, ::GetSystemMetrics(SM_CXSCREEN), ::GetSystemMetrics(SM_CYSCREEN)};
+    }
+    return {r.left, r.top, r.right, r.bottom};
 }
 }  // namespace uc

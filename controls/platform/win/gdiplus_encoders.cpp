@@ -53,4 +53,9 @@ GdiplusSession::~GdiplusSession() {
     if (m_ok) Gdiplus::GdiplusShutdown(m_token);
 }
 
+bool SaveImage(Gdiplus::Image& image, const std::wstring& path, const wchar_t* mime) {
+    CLSID clsid;
+    return GetEncoderClsid(mime, &clsid) >= 0 && image.Save(path.c_str(), &clsid, nullptr) == Gdiplus::Ok;
+}
+
 }  // namespace uc
