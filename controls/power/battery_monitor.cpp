@@ -38,9 +38,9 @@ bool BatteryMonitor::DetectBattery() {
     char serial[] = "0001";
     const int port = GetPortNumber(VendorId, ProductId, serial);
     if (port < 0) {
-        m_lastFailure = uc::Format(L"no USB serial bridge %04X:%04X with serial \"%S\" (looked in %s)", VendorId, ProductId,
-                                   SerialNumber, uc::serial::UsbSerialLookupPlace().c_str());
-        uc::power::ReportProbe({ProbeEvent::NotFound, kSource, -1, L"", m_lastFailure});
+        m_lastFailure.Set(uc::Format(L"no USB serial bridge %04X:%04X with serial \"%S\" (looked in %s)", VendorId, ProductId,
+                                     SerialNumber, uc::serial::UsbSerialLookupPlace().c_str()));
+        uc::power::ReportProbe({ProbeEvent::NotFound, kSource, -1, L"", m_lastFailure.Get()});
         return false;
     }
     return DetectBatteryOnPort(port);
@@ -50,17 +50,17 @@ bool BatteryMonitor::DetectBatteryOnPort(int port) {
     const std::wstring device = uc::serial::PortDevicePath(port);
     uc::power::ReportProbe({ProbeEvent::Opening, kSource, port, device, L""});
     if (!m_connection.Open(port, BaudRate)) {
-        m_lastFailure = m_connection.GetOpenError();
-        uc::power::ReportProbe({ProbeEvent::OpenFailed, kSource, port, device, m_lastFailure});
+        m_lastFailure.Set(m_connection.GetOpenError());
+        uc::power::ReportProbe({ProbeEvent::OpenFailed, kSource, port, device, m_lastFailure.Get()});
         return false;
     }
     if (m_connection.PingBattery()) {
-        m_lastFailure.clear();
+        m_lastFailure.Set(L"");
         uc::power::ReportProbe({ProbeEvent::Answered, kSource, port, device, L""});
         return true;
     }
-    m_lastFailure = m_connection.LastFailure();
-    uc::power::ReportProbe({ProbeEvent::NoAnswer, kSource, port, device, m_lastFailure});
+    m_lastFailure.Set(m_connection.LastFailure());
+    uc::power::ReportProbe({ProbeEvent::NoAnswer, kSource, port, device, m_lastFailure.Get()});
     m_connection.Close(true);
     return false;
 }
@@ -94,16 +94,16 @@ void BatteryMonitor::LogFaultHistory() const {
 bool BatteryMonitor::GetCurrentStatus(EPowerSource& source, int& percent, const wchar_t*& stateText,
                                       WarningLevel& level) {
     if (!IsValid()) {
-        m_lastFailure = L"the port is not open";
+        m_lastFailure.Set(L"the port is not open");
         return false;
     }
     BatteryStatus& status = m_history[m_current];
     // On failure the slot stays put, so the next query overwrites the same record.
     if (!m_connection.GetBatteryStatus(status)) {
-        m_lastFailure = m_connection.LastFailure();
+        m_lastFailure.Set(m_connection.LastFailure());
         return false;
     }
-    m_lastFailure.clear();
+    m_lastFailure.Set(L"");
     if (g_callback) g_callback(status);
     if (g_extensiveLogging) {
         UC_LOG(zelLogger::StateReport)(L"Current battery state:");

@@ -8,6 +8,7 @@
 #include "power/battery_connection.h"
 #include "power/battery_status.h"
 #include "power/power_monitor.h"
+#include "power/power_probe.h"
 
 class UC_API BatteryMonitor : public IPowerMonitor {
 public:
@@ -32,7 +33,7 @@ public:
 
     // Why the last detection or query failed (no bridge found, the port's open error, the link's failure),
     // for tools; empty after a success.
-    const std::wstring& LastFailure() const { return m_lastFailure; }
+    std::wstring LastFailure() const { return m_lastFailure.Get(); }
 
     // The record read by the last successful query (zero-filled before the first).
     const BatteryStatus& GetLastStatus() const;
@@ -57,7 +58,7 @@ private:
 
     BatteryStatus* m_history;  // HistorySize records
     int m_current = 0;         // slot the next reading is written to
-    std::wstring m_lastFailure;
+    uc::power::FailureText m_lastFailure;
 
     static void (*g_callback)(const BatteryStatus&);
     static bool g_extensiveLogging;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <mutex>
 #include <string>
 
 #include "platform/export.h"
@@ -29,5 +30,23 @@ struct ProbeEvent {
 UC_API void SetProbeObserver(std::function<void(const ProbeEvent&)> observer);
 // Hands one step to the observer, if any.
 UC_API void ReportProbe(const ProbeEvent& event);
+
+// Why a monitor's last search or query failed. Readings may come from several threads at once (the UPS
+// serialises them only per command), so the text is kept under its own lock and handed out as a copy.
+class FailureText {
+public:
+    void Set(std::wstring why) {
+        std::lock_guard<std::mutex> g(m_mutex);
+        m_text = std::move(why);
+    }
+    std::wstring Get() const {
+        std::lock_guard<std::mutex> g(m_mutex);
+        return m_text;
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    std::wstring m_text;
+};
 
 }  // namespace uc::power

@@ -84,8 +84,8 @@ bool CUPSMonitor::TestUPSPort(int port) {
     UC_LOG(zelLogger::Detail)(L"Attemping to connect to port %d...", port);
     if (!m_connection.Open(port, ups::BaudRate)) {
         UC_LOG(zelLogger::StateReport)(L"Could not open connection on port %d", port);
-        m_lastFailure = m_connection.GetOpenError();
-        uc::power::ReportProbe({ProbeEvent::OpenFailed, kSource, port, device, m_lastFailure});
+        m_lastFailure.Set(m_connection.GetOpenError());
+        uc::power::ReportProbe({ProbeEvent::OpenFailed, kSource, port, device, m_lastFailure.Get()});
         return false;
     }
     UC_LOG(zelLogger::StateReport)(L"Opened connection on port %d", port);
@@ -98,7 +98,7 @@ bool CUPSMonitor::TestUPSPort(int port) {
         return true;
     }
     UC_LOG(zelLogger::StateReport)(L"Handshake unsuccessful on port %d", port);
-    uc::power::ReportProbe({ProbeEvent::NoAnswer, kSource, port, device, m_lastFailure});
+    uc::power::ReportProbe({ProbeEvent::NoAnswer, kSource, port, device, m_lastFailure.Get()});
     m_connection.Close(true);
     UC_LOG(zelLogger::StateReport)(L"Closed connection on port %d", port);
     return false;
@@ -114,17 +114,17 @@ bool CUPSMonitor::Detect() {
 
 IPowerMonitor::EPowerSource CUPSMonitor::GetPowerSource() {
     if (!m_connection.IsOpen()) {
-        m_lastFailure = L"the port is not open";
+        m_lastFailure.Set(L"the port is not open");
         return PowerUnknown;
     }
     unsigned char reply[2] = {0, 0};
     if (!m_connection.SendCommand(ups::PowerSourceCommand, reply, 1)) {
-        m_lastFailure = m_connection.LastFailure();
+        m_lastFailure.Set(m_connection.LastFailure());
         return PowerUnknown;
     }
     const auto source = static_cast<EPowerSource>(ups::PowerSourceFromReply(std::string(1, static_cast<char>(reply[0]))));
     if (source == PowerUnknown)
-        m_lastFailure = uc::Format(L"the reply to \"P\" was 0x%02X, neither \"1\" nor \"0\"", static_cast<unsigned>(reply[0]));
+        m_lastFailure.Set(uc::Format(L"the reply to \"P\" was 0x%02X, neither \"1\" nor \"0\"", static_cast<unsigned>(reply[0])));
     return source;
 }
 
@@ -147,13 +147,13 @@ int CUPSMonitor::GetBatteryLevel(EPowerSource source) {
             why = uc::Format(L"the reply to \"B\" was \"%S\", not a level from 0 to 100", text.c_str());
     }
     const int level = ups::AverageLevel(values);
-    if (level < 0) m_lastFailure = L"no battery level in three tries (last: " + why + L")";
+    if (level < 0) m_lastFailure.Set(L"no battery level in three tries (last: " + why + L")");
     return level;
 }
 
 bool CUPSMonitor::GetCurrentStatus(EPowerSource& source, int& percent, const wchar_t*& stateText,
                                    WarningLevel& level) {
-    m_lastFailure.clear();
+    m_lastFailure.Set(L"");
     source = GetPowerSource();
     stateText = source == PowerBattery ? L"UPS depleting" : source == PowerLine ? L"UPS charging" : L"UPS unknown";
     if (source == PowerUnknown) return false;

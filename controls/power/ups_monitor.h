@@ -6,6 +6,7 @@
 #include "platform/clock.h"
 #include "platform/export.h"
 #include "power/power_monitor.h"
+#include "power/power_probe.h"
 #include "power/ups_connection.h"
 
 class UC_API CUPSMonitor : public IPowerMonitor {
@@ -45,7 +46,7 @@ public:
     bool ConnectOnPort(int port) { return TestUPSPort(port); }
     // Why the last handshake or query failed (the port's open error, no reply, an unusable reply), for tools;
     // empty after a success.
-    const std::wstring& LastFailure() const { return m_lastFailure; }
+    std::wstring LastFailure() const { return m_lastFailure.Get(); }
 
 protected:
     bool Detect();
@@ -65,5 +66,5 @@ private:
 
     uc::Clock& m_clock;
     uc::Millis m_settle;
-    std::wstring m_lastFailure;
+    uc::power::FailureText m_lastFailure;
 };
