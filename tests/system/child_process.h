@@ -1,6 +1,8 @@
 // The lock helper program run as a child process, talked to by lines over its standard input and output.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -17,6 +19,8 @@ class ChildProcess {
 public:
     ChildProcess() : m_started(SpawnLockChild(m_process, m_in, m_out)) {}
     ~ChildProcess() {
+        // After a failure the child may be blocked on a lock this process holds: end it rather than wait.
+        if (::testing::Test::HasFailure()) Kill();
         Wait();
         if (m_out) std::fclose(m_out);
     }
