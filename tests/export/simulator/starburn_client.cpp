@@ -19,28 +19,8 @@ void SetWriterSettings(const std::string& settings) {
 }
 
 StarBurnClient::StarBurnClient() : m_library(STARBURN_LIBRARY_NAME) {
-#define UC_RESOLVE(name) m_library.Resolve(#name, name)
-    UC_RESOLVE(StarBurn_FindDevice);
-    UC_RESOLVE(StarBurn_Destroy);
-    UC_RESOLVE(StarBurn_ISO9660FileTree_Create);
-    UC_RESOLVE(StarBurn_ISO9660JolietFileTree_Add);
-    UC_RESOLVE(StarBurn_ISO9660FileTree_GetRoot);
-    UC_RESOLVE(StarBurn_ISO9660JolietFileTree_GetLevel);
-    UC_RESOLVE(StarBurn_ISO9660JolietFileTree_ImportTrack);
-    UC_RESOLVE(StarBurn_ISO9660FileTree_BuildImage);
-    UC_RESOLVE(StarBurn_ISO9660JolietFileTree_GetSizeInUCHARs);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_Create);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_GetDeviceInformation);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_ProbeSupportedWriteModes);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_TestUnitReady);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_GetTrackInformation);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_GetDiscInformation);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_GetInsertedDiscType);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_GetLastTrack);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_Erase);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_TrackAtOnceFromTree);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_CloseSession);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_Eject);
+#define UC_RESOLVE(name) m_library.Resolve(#name, name);
+    UC_STARBURN_FUNCTIONS(UC_RESOLVE)
 #undef UC_RESOLVE
 }
 
@@ -60,76 +40,62 @@ struct Calls {
 };
 }  // namespace
 
+// The text, status and sense outputs of every call, kept in a `Calls` named c.
+#define SB_OUT c.text, sizeof c.text, &c.status, &c.outcome.cdb
+
 BurnOutcome StarBurnClient::Burn(const std::vector<std::filesystem::path>& folders, bool append, bool close) {
     Calls c;
     PVOID tree = nullptr, burner = nullptr;
-    CDB_FAILURE_INFORMATION& cdb = c.outcome.cdb;
-    auto done = [&] {
-        StarBurn_Destroy(&tree);
-        StarBurn_Destroy(&burner);
-        return c.outcome;
-    };
-    if (!c.Check("TreeCreate", StarBurn_ISO9660FileTree_Create(&tree, c.text, sizeof c.text, &c.status, nullptr, nullptr,
-                                                               FALSE, FALSE, TRUE, FILE_TREE_JOLIET)) ||
-        !c.Check("Create", StarBurn_CdvdBurnerGrabber_Create(&burner, c.text, sizeof c.text, &c.status, &cdb, nullptr,
-                                                             nullptr, 0, 0, 0, 0, 0)) ||
-        !c.Check("TestUnitReady", StarBurn_CdvdBurnerGrabber_TestUnitReady(burner, c.text, sizeof c.text, &c.status, &cdb)))
-        return done();
     STARBURN_TRACK_INFORMATION next{};
-    if (!c.Check("GetTrackInformation",
-                 StarBurn_CdvdBurnerGrabber_GetTrackInformation(burner, c.text, sizeof c.text, &c.status, &cdb,
-                                                                TRACK_NUMBER_INVISIBLE, &next)))
-        return done();
-    if (append) {
-        LONG last = 0;
-        if (!c.Check("GetLastTrack",
-                     StarBurn_CdvdBurnerGrabber_GetLastTrack(burner, c.text, sizeof c.text, &c.status, &cdb, &last)) ||
-            !c.Check("ImportTrack", StarBurn_ISO9660JolietFileTree_ImportTrack(tree, c.text, sizeof c.text, &c.status,
-                                                                               &cdb, burner, last)))
-            return done();
-    }
-    for (const auto& folder : folders) {
+    LONG last = 0;
+    bool ok = c.Check("TreeCreate", StarBurn_ISO9660FileTree_Create(&tree, c.text, sizeof c.text, &c.status, nullptr,
+                                                                    nullptr, FALSE, FALSE, TRUE, FILE_TREE_JOLIET)) &&
+              c.Check("Create", StarBurn_CdvdBurnerGrabber_Create(&burner, SB_OUT, nullptr, nullptr, 0, 0, 0, 0, 0)) &&
+              c.Check("TestUnitReady", StarBurn_CdvdBurnerGrabber_TestUnitReady(burner, SB_OUT)) &&
+              c.Check("GetTrackInformation", StarBurn_CdvdBurnerGrabber_GetTrackInformation(burner, SB_OUT,
+                                                                                            TRACK_NUMBER_INVISIBLE, &next));
+    if (ok && append)
+        ok = c.Check("GetLastTrack", StarBurn_CdvdBurnerGrabber_GetLastTrack(burner, SB_OUT, &last)) &&
+             c.Check("ImportTrack", StarBurn_ISO9660JolietFileTree_ImportTrack(tree, SB_OUT, burner, last));
+    for (std::size_t i = 0; ok && i < folders.size(); ++i) {
         PVOID parent = StarBurn_ISO9660FileTree_GetRoot(tree), added = nullptr;
-        std::string path = uc::disc::PathUtf8(folder);
-        if (!c.Check("Add", StarBurn_ISO9660JolietFileTree_Add(tree, c.text, sizeof c.text, &c.status, path.data(),
-                                                               nullptr, FILE_TIME_LAST_WRITE, &parent, &added)))
-            return done();
+        std::string path = uc::disc::PathUtf8(folders[i]);
+        ok = c.Check("Add", StarBurn_ISO9660JolietFileTree_Add(tree, c.text, sizeof c.text, &c.status, path.data(), nullptr,
+                                                               FILE_TIME_LAST_WRITE, &parent, &added));
     }
     char name[] = "TrackAtOnceFromTree.exe", publisher[] = "KAVEL Media";
-    if (!c.Check("BuildImage", StarBurn_ISO9660FileTree_BuildImage(tree, c.text, sizeof c.text, &c.status,
+    ok = ok &&
+         c.Check("BuildImage", StarBurn_ISO9660FileTree_BuildImage(tree, c.text, sizeof c.text, &c.status,
                                                                    next.m__LONG__NextWritableAddress, 8, FALSE, name,
-                                                                   publisher, name)) ||
-        !c.Check("TrackAtOnceFromTree",
-                 StarBurn_CdvdBurnerGrabber_TrackAtOnceFromTree(burner, c.text, sizeof c.text, &c.status, &cdb, tree,
-                                                                FALSE, FALSE, close ? FALSE : TRUE, 1, 5)) ||
-        !c.Check("CloseSession", StarBurn_CdvdBurnerGrabber_CloseSession(burner, c.text, sizeof c.text, &c.status, &cdb)))
-        return done();
-    return done();
-}
-
-BurnOutcome StarBurnClient::Inspect(STARBURN_DISC_INFORMATION& disc, STARBURN_TRACK_INFORMATION& next, DISC_TYPE& type) {
-    Calls c;
-    PVOID burner = nullptr;
-    if (c.Check("Create", StarBurn_CdvdBurnerGrabber_Create(&burner, c.text, sizeof c.text, &c.status, &c.outcome.cdb,
-                                                            nullptr, nullptr, 0, 0, 0, 0, 0))) {
-        type = StarBurn_CdvdBurnerGrabber_GetInsertedDiscType(burner);
-        c.Check("GetDiscInformation", StarBurn_CdvdBurnerGrabber_GetDiscInformation(burner, c.text, sizeof c.text,
-                                                                                   &c.status, &c.outcome.cdb, &disc)) &&
-            c.Check("GetTrackInformation",
-                    StarBurn_CdvdBurnerGrabber_GetTrackInformation(burner, c.text, sizeof c.text, &c.status,
-                                                                   &c.outcome.cdb, TRACK_NUMBER_INVISIBLE, &next));
-    }
+                                                                   publisher, name)) &&
+         c.Check("TrackAtOnceFromTree", StarBurn_CdvdBurnerGrabber_TrackAtOnceFromTree(burner, SB_OUT, tree, FALSE, FALSE,
+                                                                                       close ? FALSE : TRUE, 1, 5)) &&
+         c.Check("CloseSession", StarBurn_CdvdBurnerGrabber_CloseSession(burner, SB_OUT));
+    StarBurn_Destroy(&tree);
     StarBurn_Destroy(&burner);
     return c.outcome;
+}
+
+StarBurnClient::Disc StarBurnClient::Inspect() {
+    Calls c;
+    Disc d;
+    PVOID burner = nullptr;
+    if (c.Check("Create", StarBurn_CdvdBurnerGrabber_Create(&burner, SB_OUT, nullptr, nullptr, 0, 0, 0, 0, 0))) {
+        d.type = StarBurn_CdvdBurnerGrabber_GetInsertedDiscType(burner);
+        c.Check("GetDiscInformation", StarBurn_CdvdBurnerGrabber_GetDiscInformation(burner, SB_OUT, &d.info)) &&
+            c.Check("GetTrackInformation",
+                    StarBurn_CdvdBurnerGrabber_GetTrackInformation(burner, SB_OUT, TRACK_NUMBER_INVISIBLE, &d.next));
+    }
+    StarBurn_Destroy(&burner);
+    d.outcome = c.outcome;
+    return d;
 }
 
 BurnOutcome StarBurnClient::Erase() {
     Calls c;
     PVOID burner = nullptr;
-    if (c.Check("Create", StarBurn_CdvdBurnerGrabber_Create(&burner, c.text, sizeof c.text, &c.status, &c.outcome.cdb,
-                                                            nullptr, nullptr, 0, 0, 0, 0, 0)))
-        c.Check("Erase", StarBurn_CdvdBurnerGrabber_Erase(burner, c.text, sizeof c.text, &c.status, &c.outcome.cdb,
-                                                          ERASE_TYPE_BLANK_DISC_FAST));
+    if (c.Check("Create", StarBurn_CdvdBurnerGrabber_Create(&burner, SB_OUT, nullptr, nullptr, 0, 0, 0, 0, 0)))
+        c.Check("Erase", StarBurn_CdvdBurnerGrabber_Erase(burner, SB_OUT, ERASE_TYPE_BLANK_DISC_FAST));
     StarBurn_Destroy(&burner);
     return c.outcome;
 }

@@ -32,31 +32,25 @@ public:
     // imports the last track first when `append`, leaves the disc appendable unless `close`.
     BurnOutcome Burn(const std::vector<std::filesystem::path>& folders, bool append = false, bool close = false);
     // Disc and next-track facts of device 0.
-    BurnOutcome Inspect(STARBURN_DISC_INFORMATION& disc, STARBURN_TRACK_INFORMATION& next, DISC_TYPE& type);
+    struct Disc {
+        STARBURN_DISC_INFORMATION info{};
+        STARBURN_TRACK_INFORMATION next{};
+        DISC_TYPE type{};
+        BurnOutcome outcome;
+    };
+    Disc Inspect();
     BurnOutcome Erase();
 
-#define UC_STARBURN_FN(name) decltype(&::name) name = nullptr
-    UC_STARBURN_FN(StarBurn_FindDevice);
-    UC_STARBURN_FN(StarBurn_Destroy);
-    UC_STARBURN_FN(StarBurn_ISO9660FileTree_Create);
-    UC_STARBURN_FN(StarBurn_ISO9660JolietFileTree_Add);
-    UC_STARBURN_FN(StarBurn_ISO9660FileTree_GetRoot);
-    UC_STARBURN_FN(StarBurn_ISO9660JolietFileTree_GetLevel);
-    UC_STARBURN_FN(StarBurn_ISO9660JolietFileTree_ImportTrack);
-    UC_STARBURN_FN(StarBurn_ISO9660FileTree_BuildImage);
-    UC_STARBURN_FN(StarBurn_ISO9660JolietFileTree_GetSizeInUCHARs);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_Create);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_GetDeviceInformation);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_ProbeSupportedWriteModes);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_TestUnitReady);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_GetTrackInformation);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_GetDiscInformation);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_GetInsertedDiscType);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_GetLastTrack);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_Erase);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_TrackAtOnceFromTree);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_CloseSession);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_Eject);
+#define UC_STARBURN_FUNCTIONS(X)                                                                                      \
+    X(StarBurn_FindDevice) X(StarBurn_Destroy) X(StarBurn_ISO9660FileTree_Create) X(StarBurn_ISO9660JolietFileTree_Add) \
+    X(StarBurn_ISO9660FileTree_GetRoot) X(StarBurn_ISO9660JolietFileTree_ImportTrack)                                  \
+    X(StarBurn_ISO9660FileTree_BuildImage) X(StarBurn_CdvdBurnerGrabber_Create)                                       \
+    X(StarBurn_CdvdBurnerGrabber_TestUnitReady) X(StarBurn_CdvdBurnerGrabber_GetTrackInformation)                     \
+    X(StarBurn_CdvdBurnerGrabber_GetDiscInformation) X(StarBurn_CdvdBurnerGrabber_GetInsertedDiscType)                \
+    X(StarBurn_CdvdBurnerGrabber_GetLastTrack) X(StarBurn_CdvdBurnerGrabber_Erase)                                    \
+    X(StarBurn_CdvdBurnerGrabber_TrackAtOnceFromTree) X(StarBurn_CdvdBurnerGrabber_CloseSession)
+#define UC_STARBURN_FN(name) decltype(&::name) name = nullptr;
+    UC_STARBURN_FUNCTIONS(UC_STARBURN_FN)
 #undef UC_STARBURN_FN
 
 private:
