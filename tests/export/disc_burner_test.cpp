@@ -19,37 +19,9 @@
 namespace {
 using namespace uc::test;
 using uc::exporting::Answer;
-using uc::exporting::DiscUse;
 namespace fs = std::filesystem;
 
 const std::string kTop = "/Exports_Cardio/2024-03-05_09-07-03";  // the safe export folder and the burn's time
-
-TEST(DiscDecision, FollowsTheTable) {
-    const struct {
-        bool erasable;
-        int status, type;
-        int asked;  // 0 nothing, 1 the not-empty question, 2 the closed-disc question
-        Answer answer;
-        DiscUse use;
-    } rows[] = {
-        {true, 0, 3, 0, Answer::Yes, DiscUse::Write},          {true, 3, 3, 0, Answer::Yes, DiscUse::Write},
-        {true, 1, 3, 1, Answer::Yes, DiscUse::EraseThenWrite}, {true, 1, 3, 1, Answer::No, DiscUse::Append},
-        {true, 1, 3, 1, Answer::Cancel, DiscUse::Abandon},     {true, 2, 7, 1, Answer::Yes, DiscUse::EraseThenWrite},
-        {true, 2, 7, 1, Answer::No, DiscUse::Append},          {true, 2, 7, 1, Answer::Cancel, DiscUse::Abandon},
-        {true, 2, 3, 2, Answer::Yes, DiscUse::EraseThenWrite}, {true, 2, 3, 2, Answer::No, DiscUse::Abandon},
-        {false, 0, 5, 0, Answer::Yes, DiscUse::Write},         {false, 1, 5, 0, Answer::Yes, DiscUse::Append},
-        {false, 2, 5, 0, Answer::Yes, DiscUse::ReadOnly},      {false, 3, 7, 0, Answer::Yes, DiscUse::ReadOnly},
-    };
-    for (const auto& r : rows) {
-        int asked = 0;
-        const DiscUse use = uc::exporting::DecideDiscUse(r.erasable, r.status, r.type, [&](bool notEmpty) {
-            asked = notEmpty ? 1 : 2;
-            return r.answer;
-        });
-        EXPECT_EQ(use, r.use) << r.erasable << " " << r.status << " " << r.type;
-        EXPECT_EQ(asked, r.asked) << r.erasable << " " << r.status << " " << r.type;
-    }
-}
 
 class BurnTest : public testing::Test {
 protected:
@@ -162,25 +134,23 @@ TEST_F(BurnTest, ConvertedImagesAreStagedRenamedOnCollisionAndCleanedUp) {
 TEST_F(BurnTest, TheMediumAndTheAnswerDecideWhatIsWritten) {
     const std::wstring notEmpty = L"ask utilscontrols.burn.notemptymsg | utilscontrols.burn.nomediamsgtitle | yes/no/cancel";
     const std::wstring closed = L"ask utilscontrols.burn.closedmsg | utilscontrols.burn.nomediamsgtitle | yes/no";
+    const std::wstring readOnly = L"tell utilscontrols.burn.readonlymsg | utilscontrols.burn.nomediamsgtitle | stop";
     const struct {
         bool erasable;
-        int status, type;
+        int status, type;  // status 0 empty, 1 appendable, 2 closed, 3 other; type 7 a restricted-overwrite DVD-RW
         Answer answer;
         std::wstring shown;  // the question or box, empty for none
         int result;
         bool erased, imported;
         long builtAt;
     } cases[] = {
-        {true, 0, 3, Answer::Cancel, L"", 1, false, false, 0},
-        {true, 1, 3, Answer::No, notEmpty, 1, false, true, 5000},
-        {true, 1, 3, Answer::Yes, notEmpty, 1, true, false, 0},
-        {true, 1, 3, Answer::Cancel, notEmpty, 0, false, false, -1},
-        {true, 2, 7, Answer::No, notEmpty, 1, false, true, 5000},
-        {true, 2, 3, Answer::Yes, closed, 1, true, false, 0},
-        {true, 2, 3, Answer::No, closed, 0, false, false, -1},
-        {false, 1, 5, Answer::Cancel, L"", 1, false, true, 5000},
-        {false, 2, 5, Answer::Cancel, L"tell utilscontrols.burn.readonlymsg | utilscontrols.burn.nomediamsgtitle | stop", 0,
-         false, false, -1},
+        {true, 0, 3, Answer::Cancel, L"", 1, false, false, 0},       {true, 3, 3, Answer::Cancel, L"", 1, false, false, 0},
+        {true, 1, 3, Answer::No, notEmpty, 1, false, true, 5000},    {true, 1, 3, Answer::Yes, notEmpty, 1, true, false, 0},
+        {true, 1, 3, Answer::Cancel, notEmpty, 0, false, false, -1}, {true, 2, 7, Answer::No, notEmpty, 1, false, true, 5000},
+        {true, 2, 7, Answer::Yes, notEmpty, 1, true, false, 0},      {true, 2, 7, Answer::Cancel, notEmpty, 0, false, false, -1},
+        {true, 2, 3, Answer::Yes, closed, 1, true, false, 0},        {true, 2, 3, Answer::No, closed, 0, false, false, -1},
+        {false, 0, 5, Answer::Cancel, L"", 1, false, false, 0},      {false, 1, 5, Answer::Cancel, L"", 1, false, true, 5000},
+        {false, 2, 5, Answer::Cancel, readOnly, 0, false, false, -1}, {false, 3, 7, Answer::Cancel, readOnly, 0, false, false, -1},
     };
     for (const auto& c : cases) {
         Reset();

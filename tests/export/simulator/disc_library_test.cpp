@@ -7,6 +7,7 @@
 #include <map>
 
 #include "export/simulator/block_file.h"
+#include "export/starburn_api.h"
 #include "export/simulator/file_tree.h"
 #include "export/simulator/iso_names.h"
 #include "export/simulator/iso_reader.h"
@@ -60,7 +61,7 @@ std::map<std::string, std::string> ReadImage(const fs::path& image, std::string*
 class DiscLibraryTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(client.Loaded()) << PathUtf8(fs::path(client.Library().LastError()));
+        ASSERT_TRUE(client.Loaded()) << uc::ToUtf8(client.lib.Problem());
         root = uc::ToFsPath(temp.path());
         image = root / "disc.iso";
         Use("medium=cd-r");
@@ -86,9 +87,6 @@ protected:
     TempDir temp;
     StarBurnClient client;
     fs::path root, image;
-    char text[256] = {};
-    ULONG status = 0;
-    CDB_FAILURE_INFORMATION cdb{};
 };
 
 TEST_F(DiscLibraryTest, BurnsATreeWithDeepLongAndNonAsciiNamesThatReadsBackExactly) {
@@ -112,13 +110,13 @@ TEST_F(DiscLibraryTest, BurnsATreeWithDeepLongAndNonAsciiNamesThatReadsBackExact
     EXPECT_EQ(files.at("/Study 1/" + deep), "deep");
     EXPECT_EQ(files.size(), 16u);  // 5 files, 11 folders
 
-    const StarBurnClient::Disc disc = client.Inspect();
+    const DiscFacts disc = client.Inspect();
     ASSERT_TRUE(disc.outcome.Ok());
     EXPECT_EQ(disc.type, DISC_TYPE_CDR);
-    EXPECT_EQ(disc.info.m__UCHAR__DiscStatus, DISC_STATUS_INCOMPLETE);
-    EXPECT_FALSE(disc.info.m__BOOLEAN__IsErasable);
-    EXPECT_EQ(disc.next.m__LONG__NextWritableAddress, 304);  // CD tracks take at least 300 blocks, starts align to 16
-    EXPECT_EQ(disc.next.m__LONG__FreeLBs, 359847 - 304);
+    EXPECT_EQ(disc.info.discStatus, DISC_STATUS_INCOMPLETE);
+    EXPECT_FALSE(disc.info.erasable);
+    EXPECT_EQ(disc.next.nextWritableAddress, 304);  // CD tracks take at least 300 blocks, starts align to 16
+    EXPECT_EQ(disc.next.freeBlocks, 359847 - 304);
 }
 
 TEST_F(DiscLibraryTest, AppendedSessionKeepsOldFilesAndReplacesRenewedOnes) {
@@ -134,19 +132,19 @@ TEST_F(DiscLibraryTest, AppendedSessionKeepsOldFilesAndReplacesRenewedOnes) {
     EXPECT_EQ(files.at("/A/keep/two.txt"), "two");
     EXPECT_EQ(files.at("/B/three.txt"), std::string(70000, 'c'));
 
-    EXPECT_EQ(client.Inspect().info.m__UCHAR__NumberOfSessions, 2);
+    EXPECT_EQ(client.Inspect().info.sessions, 2);
 }
 
 TEST_F(DiscLibraryTest, ClosedDiscTakesNoSessionUnlessItIsRestrictedOverwrite) {
     const fs::path a = Folder("A", {{"a.txt", "a"}});
     ASSERT_TRUE(client.Burn({a}, false, /*close=*/true).Ok());
-    const StarBurnClient::Disc disc = client.Inspect();
-    EXPECT_EQ(disc.info.m__UCHAR__DiscStatus, DISC_STATUS_COMPLETE);
-    EXPECT_EQ(disc.next.m__LONG__FreeLBs, 0);
+    const DiscFacts disc = client.Inspect();
+    EXPECT_EQ(disc.info.discStatus, DISC_STATUS_COMPLETE);
+    EXPECT_EQ(disc.next.freeBlocks, 0);
     BurnOutcome r = client.Burn({a}, true);
     EXPECT_EQ(r.step, "TrackAtOnceFromTree");
     EXPECT_EQ(r.exception, EN_SCSI_CDB_FAILED);
-    EXPECT_EQ(r.cdb.m__UCHAR__Sense[2], 0x05);
+    EXPECT_EQ(r.senseKey, 0x05);
 
     Fresh("medium=dvd-rw-ro");
     ASSERT_TRUE(client.Burn({a}, false, true).Ok());
@@ -162,9 +160,9 @@ TEST_F(DiscLibraryTest, RewritableMediaEraseAndWriteOnceMediaRefuse) {
     Fresh("medium=cd-rw");
     ASSERT_TRUE(client.Burn({Folder("A", {{"a.txt", "a"}})}).Ok());
     ASSERT_TRUE(client.Erase().Ok());
-    const StarBurnClient::Disc disc = client.Inspect();
-    EXPECT_EQ(disc.info.m__UCHAR__DiscStatus, DISC_STATUS_EMPTY);
-    EXPECT_TRUE(disc.info.m__BOOLEAN__IsErasable);
+    const DiscFacts disc = client.Inspect();
+    EXPECT_EQ(disc.info.discStatus, DISC_STATUS_EMPTY);
+    EXPECT_TRUE(disc.info.erasable);
     EXPECT_EQ(fs::file_size(image), 0u);
 }
 
@@ -193,26 +191,24 @@ TEST_F(DiscLibraryTest, FaultsFailTheRightStepAndLeaveNoReadableHalfSession) {
         EXPECT_EQ(r.step, c.step) << c.settings << ": " << r.text;
         EXPECT_EQ(r.exception, c.exception) << c.settings;
         EXPECT_FALSE(c.exception != EN_SUCCESS && r.text.empty()) << c.settings;
-        EXPECT_TRUE(!c.senseKey || r.cdb.m__UCHAR__Sense[2] == c.senseKey) << c.settings;
+        EXPECT_EQ(r.senseKey, c.senseKey) << c.settings;
         std::string why;
         EXPECT_EQ(!ReadImage(image, &why).empty(), c.imageReadable) << c.settings << ": " << why;
     }
 }
 
-// The text, status and sense outputs every call fills.
-#define SB_OUT text, sizeof text, &status
-
 TEST_F(DiscLibraryTest, UnitBecomingReadyAnswersReadyLater) {
     Use("fault.not-ready=2");
-    PVOID burner = nullptr;
-    ASSERT_EQ(client.StarBurn_CdvdBurnerGrabber_Create(&burner, SB_OUT, &cdb, nullptr, nullptr, 0, 0, 0, 0, 0), EN_SUCCESS);
+    uc::exporting::DiscObject burner = nullptr;
+    ASSERT_TRUE(client.lib.CreateBurner({}, burner, nullptr).ok());
     for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(client.StarBurn_CdvdBurnerGrabber_TestUnitReady(burner, SB_OUT, &cdb), EN_SCSI_CDB_FAILED);
-        EXPECT_EQ(cdb.m__UCHAR__Sense[12], 0x04);  // "becoming ready"
+        const auto r = client.lib.TestUnitReady(burner);
+        EXPECT_EQ(r.exception, EN_SCSI_CDB_FAILED);
+        EXPECT_EQ(r.senseKey * 0x10000 + r.asc * 0x100 + r.ascq, 0x020401);  // "becoming ready"
     }
-    EXPECT_EQ(client.StarBurn_CdvdBurnerGrabber_TestUnitReady(burner, SB_OUT, &cdb), EN_SUCCESS);
-    EXPECT_FALSE(cdb.m__BOOLEAN__IsValid);
-    client.StarBurn_Destroy(&burner);
+    const auto ready = client.lib.TestUnitReady(burner);
+    EXPECT_TRUE(ready.ok() && ready.senseKey == 0);
+    client.lib.Destroy(burner);
     EXPECT_EQ(burner, nullptr);
 }
 
@@ -225,31 +221,25 @@ TEST_F(DiscLibraryTest, BadInputGivesClearFailures) {
 
     // A device that does not exist.
     Use("devices=1");
-    PVOID burner = nullptr, tree = nullptr;
-    EXPECT_EQ(client.StarBurn_CdvdBurnerGrabber_Create(&burner, SB_OUT, nullptr, nullptr, nullptr, 0, 0, 3, 0, 0), EN_NOT_FOUND);
+    uc::exporting::DiscObject burner = nullptr, tree = nullptr, added = nullptr;
+    EXPECT_EQ(client.lib.CreateBurner({0, 0, 3, 0}, burner, nullptr).exception, EN_NOT_FOUND);
     EXPECT_EQ(burner, nullptr);
-    EXPECT_EQ(client.StarBurn_FindDevice(SCSI_DEVICE_RO_DIRECT_ACCESS, FALSE, nullptr, nullptr), 1u);
+    EXPECT_EQ(client.lib.FindDevices().size(), 1u);
 
     // Names Joliet cannot hold, missing sources, and a source that vanishes between building and writing.
-    ASSERT_EQ(client.StarBurn_ISO9660FileTree_Create(&tree, SB_OUT, nullptr, nullptr, FALSE, FALSE, TRUE, FILE_TREE_JOLIET), EN_SUCCESS);
-    const auto add = [&](std::string path, std::string name) {
-        return client.StarBurn_ISO9660JolietFileTree_Add(tree, SB_OUT, path.empty() ? nullptr : path.data(),
-                                                         name.empty() ? nullptr : name.data(), FILE_TIME_LAST_WRITE, nullptr, nullptr);
-    };
-    EXPECT_EQ(add("", std::string(65, 'n')), EN_PATH_TOO_LONG);
-    EXPECT_NE(add(PathUtf8(root / "no such folder"), ""), EN_SUCCESS);
-    EXPECT_NE(std::string(text).find("no such folder"), std::string::npos) << text;
+    ASSERT_TRUE(client.lib.CreateTree(tree).ok());
+    EXPECT_EQ(client.lib.AddFolder(tree, nullptr, std::string(65, 'n'), added).exception, EN_PATH_TOO_LONG);
+    r.text = client.lib.AddFromDisk(tree, nullptr, PathUtf8(root / "no such folder"), "", added).text;
+    EXPECT_NE(r.text.find("no such folder"), std::string::npos) << r.text;
     const fs::path vanishing = Folder("V", {{"gone.bin", std::string(10000, 'g')}});
-    ASSERT_EQ(add(PathUtf8(vanishing), ""), EN_SUCCESS);
-    char volume[] = "V";
-    ASSERT_EQ(client.StarBurn_ISO9660FileTree_BuildImage(tree, SB_OUT, 0, 8, FALSE, volume, volume, volume), EN_SUCCESS);
+    ASSERT_TRUE(client.lib.AddFromDisk(tree, nullptr, PathUtf8(vanishing), "", added).ok());
+    ASSERT_TRUE(client.lib.BuildImage(tree, 0, "V", "V", "V").ok());
     fs::remove(vanishing / "gone.bin");
-    ASSERT_EQ(client.StarBurn_CdvdBurnerGrabber_Create(&burner, SB_OUT, nullptr, nullptr, nullptr, 0, 0, 0, 0, 0), EN_SUCCESS);
-    EXPECT_NE(client.StarBurn_CdvdBurnerGrabber_TrackAtOnceFromTree(burner, SB_OUT, nullptr, tree, FALSE, FALSE, TRUE, 1, 5),
-              EN_SUCCESS);
-    EXPECT_NE(std::string(text).find("gone.bin"), std::string::npos) << text;
-    client.StarBurn_Destroy(&tree);
-    client.StarBurn_Destroy(&burner);
+    ASSERT_TRUE(client.lib.CreateBurner({}, burner, nullptr).ok());
+    r.text = client.lib.TrackAtOnceFromTree(burner, tree, true).text;
+    EXPECT_NE(r.text.find("gone.bin"), std::string::npos) << r.text;
+    client.lib.Destroy(tree);
+    client.lib.Destroy(burner);
     EXPECT_TRUE(ReadImage(image).empty());
 }
 
