@@ -98,7 +98,7 @@ TEST_F(DiscLibraryTest, BurnsATreeWithDeepLongAndNonAsciiNamesThatReadsBackExact
                                               {longName, "long"},
                                               {deep, "deep"}});
     BurnOutcome r = client.Burn({study});
-    ASSERT_TRUE(r.Ok()) << r.step << ": " << r.text;
+    ASSERT_TRUE(r.ok()) << r.step << ": " << r.text;
 
     std::string why;
     const auto files = ReadImage(image, &why);
@@ -111,7 +111,7 @@ TEST_F(DiscLibraryTest, BurnsATreeWithDeepLongAndNonAsciiNamesThatReadsBackExact
     EXPECT_EQ(files.size(), 16u);  // 5 files, 11 folders
 
     const DiscFacts disc = client.Inspect();
-    ASSERT_TRUE(disc.outcome.Ok());
+    ASSERT_TRUE(disc.outcome.ok());
     EXPECT_EQ(disc.type, DISC_TYPE_CDR);
     EXPECT_EQ(disc.info.discStatus, DISC_STATUS_INCOMPLETE);
     EXPECT_FALSE(disc.info.erasable);
@@ -121,11 +121,11 @@ TEST_F(DiscLibraryTest, BurnsATreeWithDeepLongAndNonAsciiNamesThatReadsBackExact
 
 TEST_F(DiscLibraryTest, AppendedSessionKeepsOldFilesAndReplacesRenewedOnes) {
     const fs::path first = Folder("A", {{"one.txt", "first one"}, {"keep/two.txt", "two"}});
-    ASSERT_TRUE(client.Burn({first}).Ok());
+    ASSERT_TRUE(client.Burn({first}).ok());
     const fs::path second = Folder("B", {{"three.txt", std::string(70000, 'c')}});
     const fs::path renewed = Folder("2/A", {{"one.txt", "second one"}});
     BurnOutcome r = client.Burn({second, renewed}, /*append=*/true);
-    ASSERT_TRUE(r.Ok()) << r.step << ": " << r.text;
+    ASSERT_TRUE(r.ok()) << r.step << ": " << r.text;
 
     const auto files = ReadImage(image);
     EXPECT_EQ(files.at("/A/one.txt"), "second one");
@@ -137,7 +137,7 @@ TEST_F(DiscLibraryTest, AppendedSessionKeepsOldFilesAndReplacesRenewedOnes) {
 
 TEST_F(DiscLibraryTest, ClosedDiscTakesNoSessionUnlessItIsRestrictedOverwrite) {
     const fs::path a = Folder("A", {{"a.txt", "a"}});
-    ASSERT_TRUE(client.Burn({a}, false, /*close=*/true).Ok());
+    ASSERT_TRUE(client.Burn({a}, false, /*close=*/true).ok());
     const DiscFacts disc = client.Inspect();
     EXPECT_EQ(disc.info.discStatus, DISC_STATUS_COMPLETE);
     EXPECT_EQ(disc.next.freeBlocks, 0);
@@ -147,19 +147,19 @@ TEST_F(DiscLibraryTest, ClosedDiscTakesNoSessionUnlessItIsRestrictedOverwrite) {
     EXPECT_EQ(r.senseKey, 0x05);
 
     Fresh("medium=dvd-rw-ro");
-    ASSERT_TRUE(client.Burn({a}, false, true).Ok());
+    ASSERT_TRUE(client.Burn({a}, false, true).ok());
     r = client.Burn({Folder("B", {{"b.txt", "b"}})}, true);
-    ASSERT_TRUE(r.Ok()) << r.step << ": " << r.text;
+    ASSERT_TRUE(r.ok()) << r.step << ": " << r.text;
     EXPECT_EQ(ReadImage(image).count("/A/a.txt"), 1u);
 }
 
 TEST_F(DiscLibraryTest, RewritableMediaEraseAndWriteOnceMediaRefuse) {
-    ASSERT_TRUE(client.Burn({Folder("A", {{"a.txt", "a"}})}).Ok());
+    ASSERT_TRUE(client.Burn({Folder("A", {{"a.txt", "a"}})}).ok());
     BurnOutcome r = client.Erase();
     EXPECT_EQ(r.exception, EN_INVALID_STATE) << r.text;
     Fresh("medium=cd-rw");
-    ASSERT_TRUE(client.Burn({Folder("A", {{"a.txt", "a"}})}).Ok());
-    ASSERT_TRUE(client.Erase().Ok());
+    ASSERT_TRUE(client.Burn({Folder("A", {{"a.txt", "a"}})}).ok());
+    ASSERT_TRUE(client.Erase().ok());
     const DiscFacts disc = client.Inspect();
     EXPECT_EQ(disc.info.discStatus, DISC_STATUS_EMPTY);
     EXPECT_TRUE(disc.info.erasable);
@@ -244,11 +244,11 @@ TEST_F(DiscLibraryTest, BadInputGivesClearFailures) {
 }
 
 TEST_F(DiscLibraryTest, AnImageFromElsewhereCanBeTheAppendableDiscAndADamagedStateIsRefused) {
-    ASSERT_TRUE(client.Burn({Folder("Old", {{"old.txt", "old"}})}).Ok());
+    ASSERT_TRUE(client.Burn({Folder("Old", {{"old.txt", "old"}})}).ok());
     fs::remove(image.string() + ".medium");  // only the image is left, as if another program had written it
     Use("medium=dvd+r;state=appendable");
     BurnOutcome r = client.Burn({Folder("New", {{"new.txt", "new"}})}, /*append=*/true);
-    ASSERT_TRUE(r.Ok()) << r.step << ": " << r.text;
+    ASSERT_TRUE(r.ok()) << r.step << ": " << r.text;
     const auto files = ReadImage(image);
     EXPECT_EQ(files.at("/Old/old.txt"), "old");
     EXPECT_EQ(files.at("/New/new.txt"), "new");

@@ -15,7 +15,6 @@ void SetWriterSettings(const std::string& settings);
 
 struct BurnOutcome : uc::exporting::DiscResult {
     std::string step;  // the operation that failed
-    bool Ok() const { return ok(); }
 };
 
 // The disc in device 0 as the library reports it.

@@ -101,12 +101,12 @@ TEST_F(XorrisoReadTest, EveryJolietNameAndByteMatchesTheSourceInEverySession) {
     WritePatternFile(src / "a/b/c/d/e/f/g/h/i/j/deep file.bin", 70000, 7);
     fs::create_directories(src / "empty folder");
     BurnOutcome r = client.Burn({src});
-    ASSERT_TRUE(r.Ok()) << r.step << ": " << r.text;
+    ASSERT_TRUE(r.ok()) << r.step << ": " << r.text;
     ExpectSameTree(root / "src", Extract("out"));
 
     WritePatternFile(root / "src" / "Study 2" / "second.bin", 100000, 8);
     r = client.Burn({root / "src" / "Study 2"}, /*append=*/true);
-    ASSERT_TRUE(r.Ok()) << r.step << ": " << r.text;
+    ASSERT_TRUE(r.ok()) << r.step << ": " << r.text;
     ExpectSameTree(root / "src", Extract("appended"));
 }
 
@@ -129,7 +129,7 @@ TEST_F(XorrisoReadTest, FileOverFourGibibytesSurvivesWhole) {
     }
     SetWriterSettings("image=" + PathUtf8(image) + ";medium=bd-r");  // more than a DVD holds
     BurnOutcome r = client.Burn({src.parent_path()});
-    ASSERT_TRUE(r.Ok()) << r.step << ": " << r.text;
+    ASSERT_TRUE(r.ok()) << r.step << ": " << r.text;
 
     // xorriso reads the directory records: the size and where each extent lies.
     const std::string command = "xorriso -abort_on FAILURE -joliet on -indev '" + PathUtf8(image) +
