@@ -12,6 +12,7 @@
 #include "export/simulator/iso_image.h"
 #include "export/simulator/iso_names.h"
 #include "export/simulator/iso_reader.h"
+#include "platform/text.h"
 #include "support/temp_dir.h"
 
 namespace uc::disc {
@@ -129,7 +130,7 @@ TEST(IsoImageTest, JolietPathTableHasItsOwnOrder) {
 // Only the metadata blocks are streamed: the data of a 4.5 GiB sparse file is never read.
 TEST(IsoImageTest, FilesBeyondFourGibibytesGetSeveralExtents) {
     uc::test::TempDir temp;
-    const std::filesystem::path big = PathFromUtf8(Utf16ToUtf8(std::u16string(temp.path().begin(), temp.path().end()))) / "big.raw";
+    const std::filesystem::path big = uc::ToFsPath(temp.path()) / "big.raw";
     const std::uint64_t size = (std::uint64_t(9) << 29) + 1;
     { std::ofstream(big, std::ios::binary); }
     std::filesystem::resize_file(big, size);
