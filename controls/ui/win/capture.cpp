@@ -1,6 +1,7 @@
 // Window pictures: synchronous repaint, copy from the window DC, pixel access and PNG files.
 #include "ui/win/capture.h"
 
+#include "platform/win/gdiplus_encoders.h"
 #include "skin/win/gdiplus.h"
 #include "ui/win/gdi.h"
 
@@ -44,18 +45,8 @@ Pixels ReadPixels(HBITMAP bitmap) {
 }
 
 bool SavePng(HBITMAP bitmap, const std::wstring& path) {
-    using namespace Gdiplus;
-    UINT count = 0, size = 0;
-    if (GetImageEncodersSize(&count, &size) != Ok || size == 0) return false;
-    std::vector<unsigned char> buffer(size);
-    auto* codecs = reinterpret_cast<ImageCodecInfo*>(buffer.data());
-    if (GetImageEncoders(count, size, codecs) != Ok) return false;
-    for (UINT i = 0; i < count; ++i) {
-        if (std::wstring(codecs[i].MimeType) != L"image/png") continue;
-        Bitmap picture(bitmap, nullptr);
-        return picture.GetLastStatus() == Ok && picture.Save(path.c_str(), &codecs[i].Clsid, nullptr) == Ok;
-    }
-    return false;
+    Gdiplus::Bitmap picture(bitmap, nullptr);
+    return picture.GetLastStatus() == Gdiplus::Ok && SaveImage(picture, path, L"image/png");
 }
 
 }  // namespace uc::ui

@@ -18,6 +18,7 @@
 #include "platform/logger.h"
 #include "platform/paths.h"
 #include "ui/win/dialog.h"
+#include "ui/win/capture.h"
 #include "ui_test_support.h"
 
 namespace {
@@ -196,6 +197,16 @@ TEST_F(SheetTest, ResizedPagesFillTheTabAreaAndFollowTabChanges) {
         EXPECT_EQ(first.right, area.right);
         EXPECT_EQ(first.bottom, area.bottom);
 
+        // The page's controls show in a picture of the sheet (the page's erase must not land over them).
+        ::ShowWindow(self.GetHwnd(), SW_SHOW);
+        const uc::ui::Pixels px = uc::ui::ReadPixels(uc::ui::CaptureWindow(self.GetHwnd()).get());
+        POINT origin{area.left, area.top};
+        ::ClientToScreen(self.GetHwnd(), &origin);
+        const RECT w = self.WindowRect();
+        int dark = 0;
+        for (int y = origin.y - w.top; y < origin.y - w.top + 30; ++y)
+            for (int x = origin.x - w.left; x < origin.x - w.left + 100; ++x) dark += (px.At(x, y) & 0xFF) < 0x60 ? 1 : 0;
+        EXPECT_GT(dark, 10) << "the static text of the page";
         // A tab change posts the resize: the newly active page lands in the same area.
         self.SetActive(1);
         NMHDR change{self.TabControl(), static_cast<UINT_PTR>(::GetDlgCtrlID(self.TabControl())), static_cast<UINT>(TCN_SELCHANGE)};
