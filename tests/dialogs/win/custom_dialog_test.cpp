@@ -42,6 +42,7 @@ protected:
     BOOL OnInitDialog() override {
         if (beforeInit) beforeInit(*this);
         const BOOL r = CCustomDialog::OnInitDialog();
+        uc::test::ArmWatchdog(m_hWnd);
         Post(kRunSteps);
         return r;
     }

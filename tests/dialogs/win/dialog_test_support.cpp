@@ -51,4 +51,17 @@ void PressAltF4() {
     ::SendInput(4, in, sizeof(INPUT));
 }
 
+namespace {
+void CALLBACK Watchdog(HWND hwnd, UINT, UINT_PTR id, DWORD) {
+    ::KillTimer(hwnd, id);
+    if (::SendMessageW(hwnd, PSM_GETTABCONTROL, 0, 0)) {
+        ::PostMessageW(hwnd, PSM_PRESSBUTTON, PSBTN_CANCEL, 0);  // a property sheet
+    } else {
+        ::EndDialog(hwnd, kWatchdogResult);
+    }
+}
+}  // namespace
+
+void ArmWatchdog(HWND hwnd) { ::SetTimer(hwnd, 0x7E57, 20000, &Watchdog); }
+
 }  // namespace uc::test

@@ -22,4 +22,10 @@ void ClickWithSendInput(HWND hwnd);
 // Alt+F4 through SendInput.
 void PressAltF4();
 
+// What a modal dialog under test returns when its watchdog ended it.
+inline constexpr INT_PTR kWatchdogResult = -77;
+// Ends the modal dialog (or property sheet) `hwnd` after 20 s if the test has not ended it: input that went to
+// another program's window must fail the test, not hang it. A USER32 timer, so hand-driven timers do not hold it.
+void ArmWatchdog(HWND hwnd);
+
 }  // namespace uc::test

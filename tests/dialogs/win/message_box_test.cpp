@@ -14,6 +14,7 @@
 #include "dialogs/win/message_box.h"
 #include "dialogs_test_ids.h"
 #include "platform/localisation.h"
+#include "platform/paths.h"
 #include "ui/win/capture.h"
 #include "ui/win/resources.h"
 #include "ui/win/timers.h"
@@ -30,6 +31,7 @@ protected:
     static constexpr UINT kRunSteps = WM_APP + 301;
     BOOL OnInitDialog() override {
         const BOOL r = CCustomMessageBox::OnInitDialog();
+        uc::test::ArmWatchdog(m_hWnd);
         Post(kRunSteps);
         return r;
     }
@@ -45,7 +47,10 @@ protected:
 class MessageBoxTest : public ::testing::Test {
 protected:
     void SetUp() override { uc::ClearLocalisedStrings(); }
-    void TearDown() override { uc::ClearLocalisedStrings(); }
+    void TearDown() override {
+        uc::ClearLocalisedStrings();
+        utilsExam::SetDialogRect({});
+    }
     uc::ui::ManualTimers timers;
 };
 
@@ -110,6 +115,8 @@ TEST_F(MessageBoxTest, ClickingIntoTheTextNeverLeavesASelection) {
 }
 
 TEST_F(MessageBoxTest, PromptClosesOnARealClickOnOk) {
+    // Away from the screen's centre, where other test programs' dialogs and please-wait boxes appear.
+    utilsExam::SetDialogRect({900, 700, 1280, 1024});
     TestPrompt prompt;
     prompt.SetMessage(L"Click OK");
     prompt.steps = [](TestPrompt& self) {

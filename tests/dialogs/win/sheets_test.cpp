@@ -47,6 +47,7 @@ public:
 protected:
     BOOL OnInitDialog() override {
         const BOOL r = CCustomPropertySheet::OnInitDialog();
+        uc::test::ArmWatchdog(m_hWnd);
         Post(kRunSteps);
         return r;
     }
@@ -329,6 +330,7 @@ protected:
     }
     BOOL OnInitDialog() override {
         const BOOL r = CTabbedCustomDialog::OnInitDialog();
+        uc::test::ArmWatchdog(m_hWnd);
         Post(kRunSteps);
         return r;
     }
