@@ -9,7 +9,10 @@ namespace uc::ui {
 
 UniqueHBitmap CaptureWindow(HWND hwnd) {
     if (!hwnd || !::IsWindow(hwnd) || !::IsWindowVisible(hwnd)) return {};
-    ::RedrawWindow(hwnd, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN | RDW_UPDATENOW);
+    const bool ownThread = ::GetWindowThreadProcessId(hwnd, nullptr) == ::GetCurrentThreadId();
+    if (ownThread) {
+        ::RedrawWindow(hwnd, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN | RDW_UPDATENOW);
+    }
     RECT r{};
     ::GetWindowRect(hwnd, &r);
     const int w = r.right - r.left, h = r.bottom - r.top;
@@ -19,7 +22,11 @@ UniqueHBitmap CaptureWindow(HWND hwnd) {
     UniqueHBitmap bitmap(::CreateCompatibleBitmap(source, w, h));
     {
         SelectObjectGuard selected(memory.get(), bitmap.get());
-        if (!::BitBlt(memory.get(), 0, 0, w, h, source, 0, 0, SRCCOPY)) return {};
+        // Another thread's window may be repainting its surface while it is read: it draws itself into the picture
+        // instead (WM_PRINT, served by its own thread before PrintWindow returns).
+        const BOOL drawn = ownThread ? ::BitBlt(memory.get(), 0, 0, w, h, source, 0, 0, SRCCOPY)
+                                     : ::PrintWindow(hwnd, memory.get(), 0);
+        if (!drawn) return {};
     }
     return bitmap;
 }

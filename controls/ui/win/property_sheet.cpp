@@ -128,6 +128,11 @@ LRESULT PropertySheet::WindowProc(UINT msg, WPARAM wp, LPARAM lp) {
         if (id == IDOK || id == 12325 /* Finish */) m_closedWith = IDOK;
         if (id == IDCANCEL) m_closedWith = IDCANCEL;
     }
+    // A button pressed through the sheet (PSM_PRESSBUTTON) closes it without a WM_COMMAND reaching this window.
+    if (msg == PSM_PRESSBUTTON) {
+        if (wp == PSBTN_OK || wp == PSBTN_FINISH) m_closedWith = IDOK;
+        if (wp == PSBTN_CANCEL) m_closedWith = IDCANCEL;
+    }
     return Window::WindowProc(msg, wp, lp);
 }
 

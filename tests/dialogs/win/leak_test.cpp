@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <windows.h>
+#include <commctrl.h>
 
 #include <functional>
 
@@ -31,6 +32,7 @@ protected:
     BOOL OnInitDialog() override {
         CCustomDialog::OnInitDialog();
         SetToolTip(m_hWnd, Item(IDOK), L"close");
+        uc::test::ArmWatchdog(m_hWnd);
         Post(WM_APP + 400);
         return TRUE;
     }
@@ -52,15 +54,10 @@ public:
 protected:
     BOOL OnInitDialog() override {
         CCustomPropertySheet::OnInitDialog();
-        Post(WM_APP + 401);
+        uc::test::ArmWatchdog(m_hWnd);
+        // Pressed through the sheet, not by mouse: other test programs move the real pointer meanwhile.
+        Post(PSM_PRESSBUTTON, PSBTN_OK);
         return TRUE;
-    }
-    LRESULT WindowProc(UINT msg, WPARAM wp, LPARAM lp) override {
-        if (msg == WM_APP + 401) {
-            uc::test::ClickWithMouseMessages(Item(IDOK));
-            return 0;
-        }
-        return CCustomPropertySheet::WindowProc(msg, wp, lp);
     }
 };
 
