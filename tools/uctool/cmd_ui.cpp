@@ -1,5 +1,5 @@
-// uctool "ui": the dialog showcase (Windows): a console dialog, the calibration prompt, the please-wait box, a
-// property sheet and a tabbed dialog, shown to the user or saved as PNG pictures with --screenshot DIR.
+// uctool "ui": the dialog showcase (Windows): a console dialog with round buttons, the calibration prompt, the
+// please-wait box, a property sheet and a tabbed dialog, shown to the user or saved as PNG pictures (--screenshot).
 #include <ostream>
 
 #include "command.h"
@@ -21,6 +21,8 @@
 #include "platform/logger.h"
 #include "platform/paths.h"
 #include "platform/win/gdiplus_encoders.h"
+#include "skin/win/font_repository.h"
+#include "skin/win/round_button.h"
 #include "ui/win/capture.h"
 #include "ui/win/dialog.h"
 #endif
@@ -30,7 +32,7 @@ namespace {
 
 const wchar_t* const kUsage =
     L"usage: uctool ui [--screenshot DIR]\n"
-    L"Opens the console dialog showcase: a console dialog whose buttons open the calibration prompt, a please-wait\n"
+    L"Opens the console dialog showcase: a console dialog whose round buttons open the calibration prompt, a please-wait\n"
     L"box, a property sheet and a tabbed dialog. With --screenshot, saves each window as drawn by its controls to\n"
     L"DIR (console.png, message_box.png, please_wait.png, property_sheet.png, tabbed_dialog.png) and exits.";
 
@@ -118,6 +120,25 @@ public:
     }
 };
 
+// The console's usual button look: a vertical blue gradient on a rounded rectangle over the dialog's colour.
+tButtonStyle ConsoleButtonStyle() {
+    tButtonStyle s;
+    s.radius = 10;
+    s.borderRatio = 0.08;
+    s.brushType = tButtonStyle::BrushLinear;
+    s.linearBrush.rotate = 90;
+    s.linearBrush.focus = 0.5f;
+    s.linearBrush.scale = 0.5f;
+    s.linearBrush.gamma = 1;
+    s.colours[tButtonStyle::Enabled].facePrimary = 0xFF286EC8;
+    s.colours[tButtonStyle::Enabled].faceSecondary = 0xFFA0CDFA;
+    s.colours[tButtonStyle::Enabled].border = 0xFF14326E;
+    s.colours[tButtonStyle::Pressed] = s.colours[tButtonStyle::Clicked] = s.colours[tButtonStyle::Enabled];
+    s.colours[tButtonStyle::Pressed].facePrimary = s.colours[tButtonStyle::Clicked].facePrimary = 0xFF14468C;
+    s.background = 0xFF3C4048;
+    return s;
+}
+
 class Console : public CCustomDialog {
 public:
     Console() {
@@ -129,6 +150,14 @@ public:
 protected:
     BOOL OnInitDialog() override {
         CCustomDialog::OnInitDialog();
+        // The launchers are round buttons; they report a click with their handle, not their id.
+        for (WORD id : {kPromptId, kWaitId, kSheetId, kTabbedId}) {
+            auto b = std::make_unique<CRoundButton2>();
+            if (b->SubclassDlgItem(id, m_hWnd)) {
+                b->LoadStyle(&m_buttonStyle);
+                m_buttons.push_back(std::move(b));
+            }
+        }
         AddRemovableDrives(Item(kDrivesId), "showcase.network");
         ::SendMessageW(Item(kDrivesId), CB_SETCURSEL, 0, 0);
         SetToolTip(m_hWnd, Item(kWaitId), L"Shows the please-wait box for three seconds");
@@ -138,8 +167,9 @@ protected:
         ReleaseDriveItems(Item(kDrivesId));
         CCustomDialog::OnDestroy();
     }
-    bool OnCommand(UINT id, UINT code, HWND) override {
+    bool OnCommand(UINT id, UINT code, HWND control) override {
         if (code != BN_CLICKED) return false;
+        if (control && id == CRoundButton2::Click) id = static_cast<UINT>(::GetDlgCtrlID(control));
         switch (id) {
         case kPromptId: {
             Prompt p;
@@ -167,6 +197,10 @@ protected:
             return false;
         }
     }
+
+private:
+    const tButtonStyle m_buttonStyle = ConsoleButtonStyle();
+    std::vector<std::unique_ptr<CRoundButton2>> m_buttons;
 };
 
 // Shows a dialog, saves its picture as soon as it has painted, and closes it.
@@ -250,19 +284,22 @@ int Run(const Args& all, std::wostream& out, std::wostream& err) {
         err << L"uctool ui: GDI+ did not start\n";
         return 1;
     }
-    if (!screenshots) {
-        Console console;
-        return console.DoModal() == -1 ? 1 : 0;
-    }
-    if (dir.empty() || !zelLogger::checkPath(dir)) {
+    if (screenshots && (dir.empty() || !zelLogger::checkPath(dir))) {
         err << L"uctool ui: cannot write to '" << dir << L"'\n";
         return 1;
     }
-    bool ok = Snap<Console>(dir, L"console.png", out, err);
-    ok = Snap<Prompt>(dir, L"message_box.png", out, err) && ok;
-    ok = SnapPleaseWait(dir, out, err) && ok;
-    ok = Snap<Sheet>(dir, L"property_sheet.png", out, err) && ok;
-    ok = Snap<Tabbed>(dir, L"tabbed_dialog.png", out, err) && ok;
+    bool ok = true;
+    if (!screenshots) {
+        Console console;
+        ok = console.DoModal() != -1;
+    } else {
+        ok = Snap<Console>(dir, L"console.png", out, err);
+        ok = Snap<Prompt>(dir, L"message_box.png", out, err) && ok;
+        ok = SnapPleaseWait(dir, out, err) && ok;
+        ok = Snap<Sheet>(dir, L"property_sheet.png", out, err) && ok;
+        ok = Snap<Tabbed>(dir, L"tabbed_dialog.png", out, err) && ok;
+    }
+    FontRepository::Destroy();  // the round buttons' fonts, kept by the repository until now
     return ok ? 0 : 1;
 }
 

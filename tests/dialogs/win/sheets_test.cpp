@@ -143,14 +143,6 @@ TEST_F(SheetTest, OpensCentredTranslatedWithoutCloseBoxAndTellsTheTouchPanel) {
     EXPECT_EQ(touch.received[1].first, 0x804Eu);
 }
 
-TEST_F(SheetTest, CancelAndTheResultOfDoModal) {
-    TestPage page(L"x");
-    TestSheet sheet(L"Cancelled", nullptr);
-    sheet.AddPage(&page);
-    sheet.steps = [](TestSheet& self) { uc::test::ClickWithMouseMessages(self.Item(IDCANCEL)); };
-    EXPECT_EQ(sheet.DoModal(), IDCANCEL);
-}
-
 TEST_F(SheetTest, CascadedColourReachesOnlyPagesAddedAfterIt) {
     TestPage before(L"before"), after(L"after");
     TestSheet sheet(L"Colours", nullptr);
@@ -161,12 +153,7 @@ TEST_F(SheetTest, CascadedColourReachesOnlyPagesAddedAfterIt) {
     EXPECT_TRUE(after.UsesBkColor());
     EXPECT_EQ(after.BkColor(), RGB(1, 2, 3));
     sheet.steps = [](TestSheet& self) {
-        uc::ui::WindowDC screen(nullptr);
-        uc::UniqueHdc dc(::CreateCompatibleDC(screen));
-        ::SetBkMode(dc.get(), OPAQUE);
-        ::SendMessageW(self.GetHwnd(), WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(dc.get()),
-                       reinterpret_cast<LPARAM>(self.Item(IDOK)));
-        EXPECT_EQ(::GetBkMode(dc.get()), TRANSPARENT);
+        EXPECT_EQ(uc::test::BkModeAfterCtlColor(self.GetHwnd(), self.Item(IDOK)), TRANSPARENT);
         uc::test::ClickWithMouseMessages(self.Item(IDOK));
     };
     EXPECT_EQ(sheet.DoModal(), IDOK);
@@ -204,10 +191,8 @@ TEST_F(SheetTest, ResizedPagesFillTheTabAreaAndFollowTabChanges) {
         POINT origin{area.left, area.top};
         ::ClientToScreen(self.GetHwnd(), &origin);
         const RECT w = self.WindowRect();
-        int dark = 0;
-        for (int y = origin.y - w.top; y < origin.y - w.top + 30; ++y)
-            for (int x = origin.x - w.left; x < origin.x - w.left + 100; ++x) dark += (px.At(x, y) & 0xFF) < 0x60 ? 1 : 0;
-        EXPECT_GT(dark, 10) << "the static text of the page";
+        const LONG x = origin.x - w.left, y = origin.y - w.top;
+        EXPECT_GT(uc::test::DarkPixels(px, {x, y, x + 100, y + 30}), 10) << "the static text of the page";
         // A tab change posts the resize: the newly active page lands in the same area.
         self.SetActive(1);
         NMHDR change{self.TabControl(), static_cast<UINT_PTR>(::GetDlgCtrlID(self.TabControl())), static_cast<UINT>(TCN_SELCHANGE)};
@@ -215,10 +200,7 @@ TEST_F(SheetTest, ResizedPagesFillTheTabAreaAndFollowTabChanges) {
         uc::test::WaitFor([] { return false; }, 50);
         EXPECT_EQ(self.ActivePage(), large.GetHwnd());
         const RECT second = ChildRect(self.GetHwnd(), self.ActivePage());
-        EXPECT_EQ(second.left, area.left);
-        EXPECT_EQ(second.top, area.top);
-        EXPECT_EQ(second.right, area.right);
-        EXPECT_EQ(second.bottom, area.bottom);
+        EXPECT_TRUE(::EqualRect(&second, &area));
         uc::test::ClickWithMouseMessages(self.Item(IDOK));
     };
     EXPECT_EQ(sheet.DoModal(), IDOK);
@@ -249,7 +231,7 @@ TEST_F(SheetTest, MissingPageTemplateFailsClearly) {
     EXPECT_EQ(empty.DoModal(), -1);
 }
 
-TEST_F(SheetTest, CursorClippingIsRestoredAfterTheSheet) {
+TEST_F(SheetTest, CursorClippingIsRestoredAfterTheSheetAndCancelIsItsResult) {
     RECT original{};
     ::GetClipCursor(&original);
     TestPage page(L"p");
@@ -261,9 +243,9 @@ TEST_F(SheetTest, CursorClippingIsRestoredAfterTheSheet) {
         ::ClipCursor(&tiny);
         during = ::ShowCursor(TRUE) - 1;
         ::ShowCursor(FALSE);
-        uc::test::ClickWithMouseMessages(self.Item(IDOK));
+        uc::test::ClickWithMouseMessages(self.Item(IDCANCEL));
     };
-    EXPECT_EQ(sheet.DoModal(), IDOK);
+    EXPECT_EQ(sheet.DoModal(), IDCANCEL);
     RECT after{};
     ::GetClipCursor(&after);
     EXPECT_TRUE(::EqualRect(&original, &after));

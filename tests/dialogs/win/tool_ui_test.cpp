@@ -29,6 +29,14 @@ TEST(ToolUi, ScreenshotsOfEveryDialog) {
     Gdiplus::Color c;
     console.GetPixel(static_cast<INT>(console.GetWidth()) - 20, static_cast<INT>(console.GetHeight()) / 2 + 20, &c);
     EXPECT_EQ(c.GetValue() & 0xFFFFFF, 0x3C4048u);
+    // Its launchers are round buttons painted from their blue style: plain buttons and the background are grey.
+    int blue = 0;
+    for (UINT y = 0; y < console.GetHeight(); ++y)
+        for (UINT x = 0; x < console.GetWidth(); ++x) {
+            console.GetPixel(static_cast<INT>(x), static_cast<INT>(y), &c);
+            blue += c.GetB() > c.GetR() + 60 ? 1 : 0;
+        }
+    EXPECT_GT(blue, 2000);
     // The please-wait box is 420 pixels wide.
     EXPECT_EQ(Gdiplus::Bitmap(dir.file(L"please_wait.png").c_str()).GetWidth(), 420u);
 }
