@@ -2,12 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <sstream>
 
-#include "command.h"
 #include "display/ddc_control.h"
 #include "display_test_support.h"
 #include "platform/text.h"
+#include "support/tool_run.h"
 
 #ifdef _WIN32
 #include <windows.h>
@@ -15,16 +14,8 @@
 
 namespace {
 
-struct Result {
-    int code;
-    std::wstring out, err;
-};
-
-Result Tool(uctool::Args args) {
-    std::wostringstream out, err;
-    const int code = uctool::Dispatch(args, out, err);
-    return {code, out.str(), err.str()};
-}
+using Result = uc::test::ToolRun;
+using uc::test::RunTool;
 
 class DisplayCommandTest : public testing::Test {
 protected:
@@ -33,7 +24,7 @@ protected:
         args.insert(args.begin(), L"display");
         args.push_back(L"--sim");
         args.push_back(file);
-        return Tool(args);
+        return RunTool(args);
     }
     void Simulate(const std::string& text) { file = dir.write(L"display-sim.ini", text); }
     void SetUp() override { DDCControl::SetClock(&clock); }
@@ -104,7 +95,7 @@ TEST_F(DisplayCommandTest, BadUsageAndMissingMonitors) {
     const uctool::Args bad[] = {{L"display"}, {L"display", L"get", L"sharpness"}, {L"display", L"set", L"brightness"},
                                 {L"display", L"set", L"brightness", L"256"}, {L"display", L"list", L"--retries", L"x"},
                                 {L"display", L"list", L"extra"}};
-    for (const auto& args : bad) EXPECT_EQ(Tool(args).code, 2) << uc::ToUtf8(args.back());
+    for (const auto& args : bad) EXPECT_EQ(RunTool(args).code, 2) << uc::ToUtf8(args.back());
     Result r = Run({L"get", L"brightness", L"--device", L"4"});
     EXPECT_EQ(r.code, 1);
     EXPECT_EQ(r.err, L"uctool display: no monitor 4 (1 found)\n");
