@@ -123,12 +123,13 @@ TEST_F(DiscLibraryTest, AppendedSessionKeepsOldFilesAndReplacesRenewedOnes) {
     const fs::path first = Folder("A", {{"one.txt", "first one"}, {"keep/two.txt", "two"}});
     ASSERT_TRUE(client.Burn({first}).ok());
     const fs::path second = Folder("B", {{"three.txt", std::string(70000, 'c')}});
-    const fs::path renewed = Folder("2/A", {{"one.txt", "second one"}});
+    const fs::path renewed = Folder("2/A", {{"One.TXT", "second one"}});  // names differing only in case are one
     BurnOutcome r = client.Burn({second, renewed}, /*append=*/true);
     ASSERT_TRUE(r.ok()) << r.step << ": " << r.text;
 
     const auto files = ReadImage(image);
-    EXPECT_EQ(files.at("/A/one.txt"), "second one");
+    EXPECT_EQ(files.at("/A/One.TXT"), "second one");
+    EXPECT_EQ(files.count("/A/one.txt"), 0u);
     EXPECT_EQ(files.at("/A/keep/two.txt"), "two");
     EXPECT_EQ(files.at("/B/three.txt"), std::string(70000, 'c'));
 
