@@ -4,24 +4,15 @@
 #include <cmath>
 #include <sstream>
 
-#include "command.h"
 #include "platform/text.h"
 #include "sample_table.h"
 #include "support/temp_dir.h"
+#include "support/tool_run.h"
 
 namespace {
 
-struct Outcome {
-    int rc;
-    std::wstring out, err;
-};
-
-Outcome Fit(std::vector<std::wstring> args) {
-    args.insert(args.begin(), L"fit");
-    std::wostringstream out, err;
-    const int rc = uctool::Dispatch(args, out, err);
-    return {rc, out.str(), err.str()};
-}
+using Outcome = uc::test::ToolRun;
+Outcome Fit(const uctool::Args& args) { return uc::test::RunTool(L"fit", args); }
 
 bool Has(const std::wstring& text, const std::wstring& part) { return text.find(part) != std::wstring::npos; }
 
@@ -62,7 +53,7 @@ TEST(FitCommand, PrintsCoefficientsHighestPowerFirstAndTheResidual) {
     uc::test::TempDir dir;
     const std::wstring file = dir.write(L"line.txt", "x y\n0 1\n1 3\n2 5\n3 7.5\n");
     const Outcome r = Fit({file, L"--degree", L"1"});
-    ASSERT_EQ(r.rc, 0) << r.err;
+    ASSERT_EQ(r.code, 0) << r.err;
     EXPECT_TRUE(Has(r.out, L"samples: 4 (1 text lines skipped)")) << r.out;
     // Least squares through the four points: slope 2.15, intercept 0.9, residuals 0.1 -0.05 -0.2 0.15.
     EXPECT_NEAR(ValueAfter(r.out, L"x^1"), 2.15, 1e-14) << r.out;
@@ -74,7 +65,7 @@ TEST(FitCommand, PrintsCoefficientsHighestPowerFirstAndTheResidual) {
 TEST(FitCommand, SaysWhenTheFitIsMinimumNorm) {
     uc::test::TempDir dir;
     const Outcome r = Fit({dir.write(L"two.txt", "1 1\n2 4\n"), L"--degree", L"3"});
-    ASSERT_EQ(r.rc, 0) << r.err;
+    ASSERT_EQ(r.code, 0) << r.err;
     EXPECT_TRUE(Has(r.out, L"2 distinct x values for 4 coefficients")) << r.out;
     EXPECT_FALSE(Has(r.out, L"standard deviation")) << "no degrees of freedom left";
 }
@@ -83,7 +74,7 @@ TEST(FitCommand, ReportsBadFilesAndUsage) {
     uc::test::TempDir dir;
     struct Case {
         std::vector<std::wstring> args;
-        int rc;
+        int code;
         const wchar_t* message;
     } cases[] = {
         {{dir.file(L"missing.txt"), L"--degree", L"1"}, 1, L"cannot read"},
@@ -96,7 +87,7 @@ TEST(FitCommand, ReportsBadFilesAndUsage) {
     };
     for (const Case& c : cases) {
         const Outcome r = Fit(c.args);
-        EXPECT_EQ(r.rc, c.rc) << c.message;
+        EXPECT_EQ(r.code, c.code) << c.message;
         EXPECT_TRUE(Has(r.err, c.message)) << r.err;
     }
 }

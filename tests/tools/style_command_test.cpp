@@ -2,28 +2,18 @@
 #include <gtest/gtest.h>
 
 #include <set>
-#include <sstream>
 
-#include "command.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "skin/style_repository.h"
 #include "style_tool.h"
 #include "support/temp_dir.h"
+#include "support/tool_run.h"
 
 namespace {
 
-struct Outcome {
-    int rc;
-    std::wstring out, err;
-};
-
-Outcome Style(std::vector<std::wstring> args) {
-    args.insert(args.begin(), L"style");
-    std::wostringstream out, err;
-    const int rc = uctool::Dispatch(args, out, err);
-    return {rc, out.str(), err.str()};
-}
+using Outcome = uc::test::ToolRun;
+Outcome Style(const uctool::Args& args) { return uc::test::RunTool(L"style", args); }
 
 std::wstring Sample() { return uc::JoinPath(uc::test::SourceDir(), L"samples/protocol/ButtonStyles.xml"); }
 
@@ -31,7 +21,7 @@ bool Has(const std::wstring& text, const std::wstring& part) { return text.find(
 
 TEST(StyleCommand, TheSampleLoadsWholeAndCoversEveryShapeAndBrush) {
     const Outcome r = Style({L"check", Sample(), L"--strict"});
-    ASSERT_EQ(r.rc, 0) << r.err << r.out;
+    ASSERT_EQ(r.code, 0) << r.err << r.out;
     EXPECT_TRUE(Has(r.out, L"0 dropped"));
     EXPECT_TRUE(Has(r.out, L"derives from <- \"Primary\" <- \"Default\"")) << "a three-level chain";
 
@@ -63,14 +53,14 @@ TEST(StyleCommand, CheckNamesEveryDroppedElementAndWhy) {
         <item id="5" name="odd"/>
       </Styles>)");
     Outcome r = Style({L"check", file});
-    EXPECT_EQ(r.rc, 0) << "a readable file passes without --strict";
+    EXPECT_EQ(r.code, 0) << "a readable file passes without --strict";
     EXPECT_TRUE(Has(r.out, L"\"again\" (id 1): id 1 is already taken")) << r.out;
     EXPECT_TRUE(Has(r.out, L"\"orphan\" (id 2): base \"nobody\" names no <style> element"));
     EXPECT_TRUE(Has(r.out, L"\"x\" (id 3): its base chain loops at"));
     EXPECT_TRUE(Has(r.out, L"\"y\" (id 4): its base chain loops at"));
     EXPECT_TRUE(Has(r.out, L"note: element 5 <item>"));
     EXPECT_TRUE(Has(r.out, L"6 elements, 2 styles loaded, 4 dropped"));
-    EXPECT_EQ(Style({L"check", L"--strict", file}).rc, 1);
+    EXPECT_EQ(Style({L"check", L"--strict", file}).code, 1);
     StyleRepository::DestroyInstance();
 }
 
@@ -86,16 +76,16 @@ TEST(StyleCommand, UnreadableOrMalformedFilesFailWithTheirPlace) {
     for (const auto& [bytes, place] : cases) {
         const std::wstring file = dir.write(L"bad.xml", bytes);
         const Outcome r = Style({L"check", file});
-        EXPECT_EQ(r.rc, 1) << bytes;
+        EXPECT_EQ(r.code, 1) << bytes;
         EXPECT_EQ(r.err.rfind(file + place, 0), 0u) << r.err;
-        EXPECT_EQ(Style({L"normalise", file}).rc, 1) << "nothing is rewritten from a malformed file";
+        EXPECT_EQ(Style({L"normalise", file}).code, 1) << "nothing is rewritten from a malformed file";
     }
-    EXPECT_EQ(Style({L"check", dir.file(L"missing.xml")}).rc, 1);
+    EXPECT_EQ(Style({L"check", dir.file(L"missing.xml")}).code, 1);
     for (const std::vector<std::wstring>& args : std::vector<std::vector<std::wstring>>{
              {}, {L"paint"}, {L"check"}, {L"gallery", Sample()},
              {L"gallery", Sample(), L"--out", dir.file(L"g.png"), L"--size", L"3x3"},
              {L"gallery", Sample(), L"--out", dir.file(L"g.png"), L"--size", L"wide"}})
-        EXPECT_EQ(Style(args).rc, 2);
+        EXPECT_EQ(Style(args).code, 2);
     StyleRepository::DestroyInstance();
 }
 
@@ -106,7 +96,7 @@ TEST(StyleCommand, ADeepChainIsNamedInOneBoundedLine) {
         body += "<style id=\"" + std::to_string(i) + "\" name=\"s" + std::to_string(i) + "\" basename=\"s" +
                 std::to_string(i - 1) + "\"/>";
     const Outcome r = Style({L"check", dir.write(L"deep.xml", body + "</Styles>")});
-    ASSERT_EQ(r.rc, 0) << r.err;
+    ASSERT_EQ(r.code, 0) << r.err;
     EXPECT_TRUE(Has(r.out, L"style 499 \"s499\"  derives from <- \"s498\" <- \"s497\" <- \"s496\" <- \"s495\" <- \"s494\" "
                            L"<- \"s493\" <- \"s492\" <- \"s491\" <- ... (491 more)\n"));
     EXPECT_LT(r.out.size(), 500u * 600u) << "output grows with the number of styles, not with chain depth squared";
@@ -117,7 +107,7 @@ TEST(StyleCommand, NormaliseWritesDifferencesThatReadBackEqual) {
     uc::test::TempDir dir;
     const std::wstring out = dir.file(L"normal.xml");
     Outcome r = Style({L"normalise", Sample(), L"--out", out});
-    ASSERT_EQ(r.rc, 0) << r.err;
+    ASSERT_EQ(r.code, 0) << r.err;
     EXPECT_TRUE(Has(r.out, L"wrote 15 styles"));
     StyleRepository* repo = StyleRepository::GetInstance();
     ASSERT_TRUE(repo->LoadFile(Sample()));
@@ -129,7 +119,7 @@ TEST(StyleCommand, NormaliseWritesDifferencesThatReadBackEqual) {
     EXPECT_EQ(normalised, original);
     // A second pass changes nothing in the text.
     const std::string first = dir.read(L"normal.xml");
-    ASSERT_EQ(Style({L"normalise", out}).rc, 0);
+    ASSERT_EQ(Style({L"normalise", out}).code, 0);
     EXPECT_EQ(dir.read(L"normal.xml"), first);
     StyleRepository::DestroyInstance();
 }
@@ -139,12 +129,12 @@ TEST(StyleCommand, GalleryIsDrawnOnlyWhereGdiplusIs) {
     const std::wstring png = dir.file(L"gallery.png");
     const Outcome r = Style({L"gallery", Sample(), L"--out", png, L"--size", L"90x30", L"--console-type", L"4", L"--left"});
 #ifdef _WIN32
-    ASSERT_EQ(r.rc, 0) << r.err;
+    ASSERT_EQ(r.code, 0) << r.err;
     const std::string bytes = dir.read(L"gallery.png");
     ASSERT_GT(bytes.size(), 1000u);
     EXPECT_EQ(bytes.substr(1, 3), "PNG");
 #else
-    EXPECT_EQ(r.rc, 1);
+    EXPECT_EQ(r.code, 1);
     EXPECT_TRUE(Has(r.err, L"GDI+"));
 #endif
     StyleRepository::DestroyInstance();
