@@ -21,6 +21,14 @@ void Feed(OpenBatteryConnection& c, const Bytes& b) {
     c.Tokenize(buffer);
 }
 
+// Waits on another thread for a 0x2E reply; gives its first data byte, or -1 when it timed out.
+std::future<int> WaitAsync(OpenBatteryConnection& c) {
+    return std::async(std::launch::async, [&c] {
+        unsigned char length = 0, data[255] = {};
+        return c.WaitForAcknowledge(0x2E, length, data, 2000) ? static_cast<int>(data[0]) : -1;
+    });
+}
+
 // --- The reply list and waiters, driven by hand (no port) ---
 
 TEST(BatteryReplies, WrongEndByteStopsTheBatchUntilMoreDataArrives) {
@@ -82,14 +90,9 @@ TEST(BatteryReplies, WaitTimesOutOnTheClockAndLeavesNoWaiter) {
 TEST(BatteryReplies, FirstToWaitGetsTheFirstReplyOneWakePerFrame) {
     uc::ManualClock clock;
     OpenBatteryConnection c(clock);
-    auto wait = [&] {
-        unsigned char length = 0, data[255] = {};
-        const bool ok = c.WaitForAcknowledge(0x2E, length, data, 2000);
-        return ok ? static_cast<int>(data[0]) : -1;
-    };
-    auto first = std::async(std::launch::async, wait);
+    auto first = WaitAsync(c);
     ASSERT_TRUE(Eventually([&] { return c.Waiters() == 1; }));
-    auto second = std::async(std::launch::async, wait);
+    auto second = WaitAsync(c);
     ASSERT_TRUE(Eventually([&] { return c.Waiters() == 2; }));
     Feed(c, bp::EncodeReply(0x2E, {7}));
     ASSERT_TRUE(ReadySoon(first));
@@ -103,12 +106,8 @@ TEST(BatteryReplies, FirstToWaitGetsTheFirstReplyOneWakePerFrame) {
 TEST(BatteryReplies, TwoFramesInOneBatchWakeTwoWaiters) {
     uc::ManualClock clock;
     OpenBatteryConnection c(clock);
-    auto wait = [&] {
-        unsigned char length = 0, data[255] = {};
-        return c.WaitForAcknowledge(0x2E, length, data, 2000) ? static_cast<int>(data[0]) : -1;
-    };
-    auto a = std::async(std::launch::async, wait);
-    auto b = std::async(std::launch::async, wait);
+    auto a = WaitAsync(c);
+    auto b = WaitAsync(c);
     ASSERT_TRUE(Eventually([&] { return c.Waiters() == 2; }));
     Bytes both = bp::EncodeReply(0x2E, {1});
     Bytes second = bp::EncodeReply(0x2E, {2});
@@ -146,6 +145,11 @@ protected:
     OpenBatteryConnection link{clock};
     int port = -1;
 
+    void Silence() {
+        sim::Faults f;
+        f.silent = true;
+        module.SetFaults(f);
+    }
     std::future<bool> StatusAsync(BatteryStatus& out) {
         return std::async(std::launch::async, [&] { return link.GetBatteryStatus(out); });
     }
@@ -204,16 +208,13 @@ TEST_F(BatteryLinkTest, WrongEndByteFailsThatReplyOnlyAndIsLogged) {
     EXPECT_TRUE(link.PingBattery()) << "the link recovers with the next good frame";
 }
 
-TEST_F(BatteryLinkTest, PingWithWrongDataFails) {
-    module.SetPingReply({1});
-    EXPECT_FALSE(link.PingBattery());
-    module.SetPingReply({0, 0});
-    EXPECT_FALSE(link.PingBattery());
+TEST_F(BatteryLinkTest, RepliesOfTheWrongSizeOrDataFailAndLeaveTheRecordAlone) {
+    for (const Bytes& wrong : {Bytes{1}, Bytes{0, 0}}) {
+        module.SetPingReply(wrong);
+        EXPECT_FALSE(link.PingBattery()) << wrong.size();
+    }
     module.SetPingReply({0});
     EXPECT_TRUE(link.PingBattery());
-}
-
-TEST_F(BatteryLinkTest, StatusOfWrongLengthFailsAndLeavesTheRecordAlone) {
     unsigned char raw[BatteryStatus::Size];
     std::fill(raw, raw + BatteryStatus::Size, 0x5A);
     BatteryStatus status;
@@ -259,21 +260,6 @@ TEST_F(BatteryLinkTest, ModuleAnsweringTwiceLeavesTheDuplicateForTheNextCall) {
     EXPECT_EQ(link.PendingReplies(), 2u);
 }
 
-TEST_F(BatteryLinkTest, ModuleNeverAnsweringTimesOutOnTime) {
-    sim::Faults f;
-    f.silent = true;
-    module.SetFaults(f);
-    BatteryStatus status;
-    auto r = StatusAsync(status);
-    ASSERT_TRUE(clock.WaitForWaiters(1));
-    clock.Advance(1999ms);
-    ASSERT_TRUE(clock.WaitForWaiters(1));
-    EXPECT_TRUE(StillWaiting(r));
-    clock.Advance(1ms);
-    EXPECT_FALSE(r.get());
-    EXPECT_EQ(link.Waiters(), 0u);
-}
-
 TEST_F(BatteryLinkTest, TwoThreadsAskingAtOnceEachGetOneRecord) {
     module.SetNumberReplies(true);
     for (int round = 0; round < 20; ++round) {
@@ -289,24 +275,23 @@ TEST_F(BatteryLinkTest, TwoThreadsAskingAtOnceEachGetOneRecord) {
     EXPECT_EQ(link.PendingReplies(), 0u);
 }
 
-TEST_F(BatteryLinkTest, PortClosedWhileACallerWaitsEndsAtTheTimeOut) {
-    sim::Faults f;
-    f.silent = true;
-    module.SetFaults(f);
+TEST_F(BatteryLinkTest, SilentModuleOrClosedPortEndsTheWaitAtItsTimeOut) {
+    Silence();
     BatteryStatus status;
     auto r = StatusAsync(status);
     ASSERT_TRUE(clock.WaitForWaiters(1));
+    clock.Advance(1999ms);
+    ASSERT_TRUE(clock.WaitForWaiters(1));
     EXPECT_TRUE(link.Close());
-    EXPECT_TRUE(StillWaiting(r));
-    clock.Advance(2000ms);
+    EXPECT_TRUE(StillWaiting(r)) << "closing does not cut a wait short";
+    clock.Advance(1ms);
     EXPECT_FALSE(r.get());
+    EXPECT_EQ(link.Waiters(), 0u);
     EXPECT_FALSE(link.GetBatteryStatus(status)) << "closed: fails at once";
 }
 
 TEST_F(BatteryLinkTest, DeviceUnpluggedWhileACallerWaits) {
-    sim::Faults f;
-    f.silent = true;
-    module.SetFaults(f);
+    Silence();
     BatteryStatus status;
     auto r = StatusAsync(status);
     ASSERT_TRUE(clock.WaitForWaiters(1));

@@ -44,11 +44,7 @@ TEST_F(CreateTest, BatteryModuleIsPreferredAndTheUpsIsNeverTouched) {
     EXPECT_TRUE(monitor->IsBatteryModule());
     EXPECT_EQ(module.CommandsReceived(uc::power::battery::PingCommand), 1);
     EXPECT_EQ(upsHost.BytesReceived(), 0u);
-    IPowerMonitor::EPowerSource source;
-    int percent = 0;
-    const wchar_t* text = nullptr;
-    IPowerMonitor::WarningLevel level;
-    EXPECT_TRUE(monitor->GetCurrentStatus(source, percent, text, level));
+    EXPECT_TRUE(ReadStatus(*monitor).ok);
 }
 
 TEST_F(CreateTest, UpsIsFoundWhenNoModuleAnswers) {
@@ -56,12 +52,9 @@ TEST_F(CreateTest, UpsIsFoundWhenNoModuleAnswers) {
     std::unique_ptr<IPowerMonitor> monitor(IPowerMonitor::Create());
     ASSERT_NE(monitor, nullptr);
     EXPECT_FALSE(monitor->IsBatteryModule());
-    IPowerMonitor::EPowerSource source;
-    int percent = 0;
-    const wchar_t* text = nullptr;
-    IPowerMonitor::WarningLevel level;
-    ASSERT_TRUE(monitor->GetCurrentStatus(source, percent, text, level));
-    EXPECT_EQ(percent, 90);
+    const Reading r = ReadStatus(*monitor);
+    ASSERT_TRUE(r.ok);
+    EXPECT_EQ(r.percent, 90);
     EXPECT_TRUE(CUPSMonitor::ShutdownUPS()) << "the returned monitor is the registered instance";
 }
 

@@ -11,6 +11,7 @@
 #include "platform/clock.h"
 #include "platform/serial/test_line.h"
 #include "power/battery_connection.h"
+#include "power/power_monitor.h"
 #include "power/simulator/simulator_host.h"
 
 namespace uc::test {
@@ -46,6 +47,22 @@ bool Eventually(F&& condition, std::chrono::milliseconds limit = 10s) {
         std::this_thread::yield();
     }
     return true;
+}
+
+// One GetCurrentStatus call, its four outputs kept.
+struct Reading {
+    bool ok = false;
+    IPowerMonitor::EPowerSource source = IPowerMonitor::PowerUnknown;
+    int percent = -99;
+    std::wstring text;
+    IPowerMonitor::WarningLevel level = IPowerMonitor::WarningNone;
+};
+inline Reading ReadStatus(IPowerMonitor& monitor) {
+    Reading r;
+    const wchar_t* text = nullptr;
+    r.ok = monitor.GetCurrentStatus(r.source, r.percent, text, r.level);
+    if (text) r.text = text;
+    return r;
 }
 
 // Skips a test body when this build cannot make device lines.

@@ -13,14 +13,6 @@ namespace {
 using namespace uc::test;
 namespace sim = uc::power::sim;
 
-struct Reading {
-    bool ok = false;
-    IPowerMonitor::EPowerSource source = IPowerMonitor::PowerUnknown;
-    int percent = -99;
-    std::wstring text;
-    IPowerMonitor::WarningLevel level = IPowerMonitor::WarningNone;
-};
-
 class OpenUpsMonitor : public CUPSMonitor {
 public:
     using CUPSMonitor::CUPSMonitor;
@@ -28,13 +20,6 @@ public:
     using CUPSMonitor::GetPowerSource;
     using CUPSMonitor::m_connection;
     using CUPSMonitor::TestUPSPort;
-    Reading Read() {
-        Reading r;
-        const wchar_t* text = nullptr;
-        r.ok = GetCurrentStatus(r.source, r.percent, text, r.level);
-        if (text) r.text = text;
-        return r;
-    }
 };
 
 class UpsTest : public testing::Test {
@@ -53,7 +38,7 @@ protected:
         CUPSMonitor::SetDefaultSettleTime(25ms);
     }
     // Runs a reading; the UPS answers at once unless told otherwise, so nothing needs the clock.
-    Reading Read() { return monitor->Read(); }
+    Reading Read() { return ReadStatus(*monitor); }
 
     ProfileSandbox profile;
     uc::ManualClock clock;
@@ -132,10 +117,7 @@ TEST_F(UpsTest, ThreeReadsAreAveragedAndATimeOutIsSkipped) {
     EXPECT_EQ(got.percent, 55);
 }
 
-TEST_F(UpsTest, DefaultThresholds) {
-    EXPECT_EQ(monitor->GetThresholdOne(), 35);
-    EXPECT_EQ(monitor->GetThresholdTwo(), 20);
-    EXPECT_EQ(monitor->GetThresholdThree(), 10);
+TEST_F(UpsTest, ThresholdsDefaultOrComeFromTheProfile) {
     const std::pair<int, IPowerMonitor::WarningLevel> cases[] = {{35, IPowerMonitor::WarningNone},
                                                                  {34, IPowerMonitor::WarningLow},
                                                                  {19, IPowerMonitor::WarningVeryLow},
@@ -145,16 +127,12 @@ TEST_F(UpsTest, DefaultThresholds) {
         ups.SetLevel(percent);
         EXPECT_EQ(Read().level, level) << percent;
     }
-}
-
-TEST_F(UpsTest, ThresholdsComeFromTheProfile) {
-    vex_utils::WriteProfileInt(L"Settings\\Status", L"UPSThresholdOne", 60);
-    vex_utils::WriteProfileInt(L"Settings\\Status", L"UPSThresholdTwo", 50);
-    vex_utils::WriteProfileInt(L"Settings\\Status", L"UPSThresholdThree", 40);
+    const std::pair<const wchar_t*, int> saved[] = {{L"UPSThresholdOne", 60}, {L"UPSThresholdTwo", 50}, {L"UPSThresholdThree", 40}};
+    for (auto [key, value] : saved)
+        vex_utils::WriteProfileInt(L"Settings\\Status", key, value);
     OpenUpsMonitor other(clock);
-    EXPECT_EQ(other.GetThresholdOne(), 60);
-    EXPECT_EQ(other.GetThresholdTwo(), 50);
-    EXPECT_EQ(other.GetThresholdThree(), 40);
+    EXPECT_EQ((std::vector<int>{other.GetThresholdOne(), other.GetThresholdTwo(), other.GetThresholdThree()}),
+              (std::vector<int>{60, 50, 40}));
 }
 
 TEST_F(UpsTest, TooLongReplyIsDiscardedAndTheNextOneIsRead) {

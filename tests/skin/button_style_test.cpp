@@ -325,7 +325,9 @@ TEST(ButtonStyle, StoreAgainstBaseWritesOnlyTheGroupsThatDiffer) {
         const zelXMLNode el = StoreToNew(f, s, &base);
         EXPECT_EQ(el.getAttribute(L"basename"), L"base");
         EXPECT_EQ(ChildNames(el), cases[i].groups) << "case " << i;
-        if (cases[i].colours) EXPECT_EQ(ChildNames(el.getChildByName(L"color")), cases[i].colours) << "case " << i;
+        if (cases[i].colours) {
+            EXPECT_EQ(ChildNames(el.getChildByName(L"color")), cases[i].colours) << "case " << i;
+        }
     }
 }
 
