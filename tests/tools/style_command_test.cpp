@@ -4,7 +4,7 @@
 #include <set>
 #include <sstream>
 
-#include "command.h"
+#include "command_runner.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "skin/style_repository.h"
@@ -13,21 +13,12 @@
 
 namespace {
 
-struct Outcome {
-    int rc;
-    std::wstring out, err;
-};
+using Outcome = uc::test::CommandOutcome;
+using uc::test::Has;
 
-Outcome Style(std::vector<std::wstring> args) {
-    args.insert(args.begin(), L"style");
-    std::wostringstream out, err;
-    const int rc = uctool::Dispatch(args, out, err);
-    return {rc, out.str(), err.str()};
-}
+Outcome Style(std::vector<std::wstring> args) { return uc::test::RunCommand(L"style", std::move(args)); }
 
 std::wstring Sample() { return uc::JoinPath(uc::test::SourceDir(), L"samples/protocol/ButtonStyles.xml"); }
-
-bool Has(const std::wstring& text, const std::wstring& part) { return text.find(part) != std::wstring::npos; }
 
 TEST(StyleCommand, TheSampleLoadsWholeAndCoversEveryShapeAndBrush) {
     const Outcome r = Style({L"check", Sample(), L"--strict"});
