@@ -14,14 +14,41 @@ for var in UC_TEST_SOURCE_DIR UC_DATA_DIR UC_TEST_DATA; do
   [[ "$v" == /* ]] && export "$var=$(to_win "$v")"
 done
 
-# Windows that tests open need an X display; start one private Xvfb when none is set.
-if [ -z "${DISPLAY:-}" ]; then
-  export DISPLAY=:87
-  if [ ! -e /tmp/.X11-unix/X87 ]; then
-    (setsid Xvfb :87 -screen 0 1280x1024x24 -nolisten tcp >/dev/null 2>&1 &)
-    for _ in $(seq 50); do [ -e /tmp/.X11-unix/X87 ] && break; sleep 0.1; done
+# Windows that tests open need an X display: a private Xvfb, never the user's screen, unless UC_TEST_DISPLAY
+# names one. It is started once under a lock and found again through its state file; a stale socket or a
+# dead server from an earlier run is not trusted, since Wine without a display fails every window it makes.
+private_display() {
+  local state="/tmp/uc-xvfb-$(id -u)" pid disp ready
+  exec 8>"$state.lock"
+  flock 8
+  if read -r pid disp <"$state" 2>/dev/null && kill -0 "$pid" 2>/dev/null && [ -S "/tmp/.X11-unix/X$disp" ]; then
+    DISPLAY=":$disp"; exec 8>&-; return 0
   fi
+  ready="$(mktemp /tmp/uc-xvfb-ready-XXXXXX)"
+  # -displayfd picks a free display and writes its number once the server accepts connections.
+  setsid Xvfb -displayfd 9 -screen 0 1280x1024x24 -nolisten tcp 9>"$ready" 8>&- >/dev/null 2>&1 </dev/null &
+  pid=$!
+  disp=""
+  for _ in $(seq 300); do
+    disp="$(tr -dc 0-9 <"$ready")"
+    [ -n "$disp" ] && break
+    kill -0 "$pid" 2>/dev/null || break
+    sleep 0.1
+  done
+  rm -f "$ready"
+  if [ -z "$disp" ] || ! kill -0 "$pid" 2>/dev/null; then
+    echo "wine-run: Xvfb did not start; tests that open windows will fail" >&2
+    exec 8>&-; return 1
+  fi
+  echo "$pid $disp" >"$state"
+  DISPLAY=":$disp"; exec 8>&-
+}
+if [ -n "${UC_TEST_DISPLAY:-}" ]; then
+  DISPLAY="$UC_TEST_DISPLAY"
+else
+  private_display || true
 fi
+export DISPLAY
 
 marker="$(mktemp /tmp/uc-run-XXXXXX)"
 export UC_RUN_MARKER="$(to_win "$marker")"

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cwchar>
 
+#include "../support/run_marker.h"
 #include "platform/win/handles.h"
 #include "skin/button_style.h"
 #include "skin/win/font_repository.h"
@@ -38,12 +39,7 @@ tButtonStyle BenchStyle() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (const char* marker = std::getenv("UC_RUN_MARKER"); marker && *marker) {
-        if (std::FILE* f = std::fopen(marker, "w")) {
-            std::fputs("started\n", f);
-            std::fclose(f);
-        }
-    }
+    uc::bench::WriteRunMarker();
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 5;
     int width = 160, height = 60;
     if (argc > 2 && std::sscanf(argv[2], "%dx%d", &width, &height) != 2) width = 0;

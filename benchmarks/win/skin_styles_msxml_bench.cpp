@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "../support/run_marker.h"
 #include "../support/style_file.h"
 #include "platform/xml.h"
 #include "skin/style_repository.h"
@@ -18,13 +19,7 @@ double Seconds(Clock::time_point a, Clock::time_point b) { return std::chrono::d
 }  // namespace
 
 int main(int argc, char** argv) {
-    // Wine exits 0 even when a program never started; the wrapper checks this marker.
-    if (const char* marker = std::getenv("UC_RUN_MARKER"); marker && *marker) {
-        if (std::FILE* f = std::fopen(marker, "w")) {
-            std::fputs("started\n", f);
-            std::fclose(f);
-        }
-    }
+    uc::bench::WriteRunMarker();
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 5;
     if (rounds < 1) {
         std::fprintf(stderr, "usage: skin_styles_msxml_bench [ROUNDS >= 1]\n");

@@ -50,21 +50,6 @@ bool IsDescriptor(const std::wstring& name) {
     return n == L"rpt.xml" || n == L"worksheet.xml" || n == L"patient.xml" || n == L"study.xml";
 }
 
-bool IsImage(const std::wstring& path) {
-    static const std::set<std::wstring> images = {L"jpg", L"jpeg", L"bmp", L"gif", L"png", L"tif", L"tiff"};
-    return images.count(LowerExtension(path)) != 0;
-}
-
-// Longest folder (ending with a separator) that holds every path.
-std::wstring CommonFolder(const std::set<std::wstring>& files) {
-    if (files.empty()) return {};
-    std::wstring common = FolderOf(*files.begin());
-    for (const std::wstring& f : files)
-        while (!common.empty() && f.compare(0, common.size(), common) != 0)
-            common = FolderOf(common.substr(0, common.size() - 1));
-    return common;
-}
-
 std::vector<std::wstring> Components(const std::wstring& relative) {
     std::vector<std::wstring> parts;
     std::wstring part;
@@ -259,7 +244,7 @@ bool CStarDiscBurn::AddQueuedFile(Session& s, const std::wstring& file, const st
         return false;
     }
     std::wstring source = file;
-    const bool convert = m_queue && IsImage(file) && !IsDescriptor(name) &&
+    const bool convert = m_queue && IsImageFile(file) && !IsDescriptor(name) &&
                          (privacy || (m_conversion >= 1 && m_conversion <= 4));
     if (convert) {
         // Each conversion gets a folder of its own, so images of the same name never overwrite each other.
@@ -363,9 +348,7 @@ bool CStarDiscBurn::BuildTree(Session& s, int privacy) {
     }
     if (m_queue) {
         const std::set<std::wstring> files = m_queue->GetFilesName();
-        // Files keep their folders below the parent of the folder they share, so the patient's folder shows.
-        const std::wstring common = CommonFolder(files);
-        const std::wstring base = common.size() > 1 ? FolderOf(common.substr(0, common.size() - 1)) : common;
+        const std::wstring base = ExportBase(files);
         for (int i = 0, n = m_queue->GetSize(); i < n; ++i)
             if (!AddQueuedFile(s, m_queue->GetAt(i), base, privacy)) return false;
         if (!AddPdfReports(s, base)) return false;
@@ -664,12 +647,12 @@ unsigned long CStarDiscBurn::BurnThread(void* burner) {
     }
     if (self->m_presenter) self->m_presenter->Post(m_hParentWnd, kBurnFinishedMessage, 1, 0);
     self->DestroyProgressDialog();
-    if (self->m_presenter) {
+    if (self->m_presenter)
         self->m_presenter->Tell(self->LocalText(ok ? "utilscontrols.burn.donemsg" : "utilscontrols.burn.donefailmsg"),
                                 L"", BoxIcon::Information);
-        self->m_presenter->Post(m_hParentWnd, kBurnClosedMessage, 1, 0);
-    }
+    // Free before the last message, so an owner that starts the next burn on it is not refused.
     self->m_burning = false;
+    if (self->m_presenter) self->m_presenter->Post(m_hParentWnd, kBurnClosedMessage, 1, 0);
     return 0;
 }
 

@@ -72,6 +72,20 @@ bool EqualsNoCase(const std::wstring& a, const std::wstring& b) {
     return true;
 }
 
+bool IsImageFile(const std::wstring& path) {
+    static const std::set<std::wstring> images = {L"jpg", L"jpeg", L"bmp", L"gif", L"png", L"tif", L"tiff"};
+    return images.count(LowerExtension(path)) != 0;
+}
+
+std::wstring ExportBase(const std::set<std::wstring>& files) {
+    if (files.empty()) return {};
+    std::wstring common = FolderOf(*files.begin());
+    for (const std::wstring& f : files)
+        while (!common.empty() && f.compare(0, common.size(), common) != 0)
+            common = FolderOf(common.substr(0, common.size() - 1));
+    return common.size() > 1 ? FolderOf(common.substr(0, common.size() - 1)) : common;
+}
+
 std::wstring SafeExportFolder(const std::wstring& configured) {
     std::wstring s = configured;
     for (const wchar_t* placeholder : {L"{PATID}", L"{SYSID}"})

@@ -1,6 +1,7 @@
 // Path and name rules of the export: folder separators, extensions, the blacked-out image's name, safe folder names.
 #pragma once
 
+#include <set>
 #include <string>
 
 #include "platform/export.h"
@@ -29,6 +30,12 @@ UC_API std::wstring ReplaceExtension(const std::wstring& path, const std::wstrin
 UC_API std::wstring PrivatizedName(const std::wstring& path);
 // Equality ignoring the case of letters.
 UC_API bool EqualsNoCase(const std::wstring& a, const std::wstring& b);
+
+// Files whose images the export converts or blacks out (by extension: jpg, jpeg, bmp, gif, png, tif, tiff).
+UC_API bool IsImageFile(const std::wstring& path);
+// The folder below which exported files keep their paths: the parent of the longest folder every file lies in,
+// so that a patient's folder name stays on the disc. Ends with a separator; empty for relative paths without one.
+UC_API std::wstring ExportBase(const std::set<std::wstring>& files);
 
 // The configured export folder made safe for a disc: "{PATID}" and "{SYSID}" removed, ":" -> "_", "/" -> "\",
 // doubled backslashes collapsed, leading and trailing backslashes trimmed. Components are separated by "\".

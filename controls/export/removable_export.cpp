@@ -68,12 +68,7 @@ int CStarDiscBurn::SendToRemovable(void*, const std::wstring& source, const std:
             base.clear();
             break;
         }
-    if (base.empty()) {
-        base = FolderOf(*files.begin());
-        for (const std::wstring& f : files)
-            while (!base.empty() && f.compare(0, base.size(), base) != 0) base = FolderOf(base.substr(0, base.size() - 1));
-        if (base.size() > 1) base = FolderOf(base.substr(0, base.size() - 1));
-    }
+    if (base.empty()) base = ExportBase(files);
     const auto fail = [&](const std::wstring& why) {
         result = why;
         UC_LOG(zelLogger::Failure)(L"SendToRemovable(): %s; nothing is left on '%s'", why.c_str(), target.c_str());
@@ -85,9 +80,7 @@ int CStarDiscBurn::SendToRemovable(void*, const std::wstring& source, const std:
     int done = 0, n = 0;
     for (const std::wstring& file : files) {
         std::wstring from = file;
-        const std::wstring ext = LowerExtension(file);
-        const bool image = ext == L"jpg" || ext == L"jpeg" || ext == L"bmp" || ext == L"gif" || ext == L"png" ||
-                           ext == L"tif" || ext == L"tiff";
+        const bool image = IsImageFile(file);
         if (image && (privacy || (convert >= 1 && convert <= 4))) {
             from = m_queue->ConvertImage(file, staging + std::to_wstring(++n), convert >= 1 && convert <= 4 ? convert : 0,
                                          privacy);

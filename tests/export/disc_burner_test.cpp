@@ -394,6 +394,26 @@ TEST_F(BurnTest, TheThreadPostsFinishedShowsTheResultThenPostsClosed) {
     EXPECT_GT(after, told);
 }
 
+// The owner may start the next burn as soon as it is told the last one's box was closed.
+class ChainingPresenter : public RecordingPresenter {
+public:
+    CStarDiscBurn* burner = nullptr;
+    int restarted = -1;
+    void Post(void* owner, unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override {
+        RecordingPresenter::Post(owner, message, wParam, lParam);
+        if (message == uc::exporting::kBurnClosedMessage && restarted < 0) restarted = burner->IsBurning() ? 0 : 1;
+    }
+};
+
+TEST_F(BurnTest, TheBurnerIsFreeWhenTheOwnerHearsTheBoxWasClosed) {
+    auto chaining = std::make_shared<ChainingPresenter>();
+    chaining->burner = &burner;
+    burner.SetPresenter(chaining);
+    ASSERT_EQ(burner.StartBurningProcess(0), 1);
+    burner.WaitForBurn();
+    EXPECT_EQ(chaining->restarted, 1);
+}
+
 TEST_F(BurnTest, WithoutTheThreadTheSameMessagesComeFromTheCaller) {
     vex_utils::WriteProfileInt(L"System", L"BurnThread", 0);
     disc->failures = {{"CdvdBurnerGrabber_CloseSession", 6}};

@@ -39,6 +39,16 @@ TEST(ExportPaths, CaseIsIgnoredOnlyForLetters) {
     EXPECT_FALSE(EqualsNoCase(L"P1", L"P1 "));
 }
 
+TEST(ExportPaths, ExportedFilesKeepTheirSharedFoldersName) {
+    const std::wstring a = S + L"arc" + S;
+    EXPECT_EQ(ExportBase({a + L"P1" + S + L"patient.xml", a + L"P1" + S + L"S1" + S + L"i.jpg"}), a);
+    EXPECT_EQ(ExportBase({a + L"P1" + S + L"x", a + L"P2" + S + L"y"}), S);  // two patients: both names stay
+    EXPECT_EQ(ExportBase({L"P1" + S + L"x"}), L"");
+    EXPECT_EQ(ExportBase({}), L"");
+    EXPECT_TRUE(IsImageFile(L"a.JPEG"));
+    EXPECT_FALSE(IsImageFile(L"study.xml"));
+}
+
 TEST(ExportPaths, ExportFolderIsMadeSafeForTheDisc) {
     const std::pair<std::wstring, std::wstring> cases[] = {
         {L"Export\\{PATID}\\{SYSID}", L"Export"},

@@ -139,8 +139,12 @@ TEST_F(EwfManagerTest, CopiesShareHandlesAndTheFirstDestroyedClosesThem) {
     // Both copies closed the shared handles: the original now holds closed ones, refused without a crash.
     EXPECT_EQ(OpenHandles(m) - open, 0u);
     EXPECT_EQ(m.GetVolumeCount(), 2);
-    EXPECT_EQ(m.Enable(m.GetVolumeHandle(0)), 0);
-    EXPECT_EQ(LastError(), ErrorInvalidHandle);
+    Handle closed = m.GetVolumeHandle(0);
+    for (int (CEWFMgr::*command)(Handle) : {&CEWFMgr::Enable, &CEWFMgr::Disable, &CEWFMgr::Commit, &CEWFMgr::Restore,
+                                             &CEWFMgr::ClearCommand}) {
+        EXPECT_EQ((m.*command)(closed), 0);
+        EXPECT_EQ(LastError(), ErrorInvalidHandle);
+    }
     EXPECT_EQ(m.GetVolumeName(0), L"");
     EXPECT_EQ(m.GetVolumeConfig(0), nullptr);
 }

@@ -27,6 +27,7 @@ TEST(EwfSimulatorParse, MalformedValuesAreRefusedWithSectionAndKey) {
         {L"[volume1]\nlevel=3\nmax_levels=2\n", L"level='3' is not from 1 to max_levels (2)"},
         {L"[volume1]\nletter=C\n[volume2]\nname=\\\\?\\GLOBALROOT\\Device\\HarddiskVolume1\n", L"is not unique"},
         {L"[volume1]\nname=\n", L"[volume1] name='' is not a volume name"},
+        {L"[volume1]\ndevice=a\rb\n", L"device='a\rb' is not a volume name (no control characters)"},
         {L"[store]\nsegments=10\n[volume1]\nused=11\n", L"less than the disk overlays use (11)"},
         {L"[faults]\nrefuse=enable,explode\n", L"refuse='explode' is not enable, disable"},
         {L"[faults]\nopen_fail=27\n", L"open_fail='27'"},

@@ -140,33 +140,6 @@ TEST(MutexGuards, MultipleWithNoMutexIsValidAndReleasesNothing) {
     EXPECT_EQ(ProbeFromAnotherThread(m.GetHandle()), WaitResult::Timeout) << "still held by this thread";
 }
 
-TEST(MutexGuards, ThreadsNeverOverlapInsideTheLock) {
-    CCustomMutex m;
-    ASSERT_EQ(m.Create(nullptr, 0, UniqueLockName(L"excl").c_str()), 1);
-    int inside = 0, overlaps = 0;
-    long total = 0;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t)
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < 500; ++i) {
-                if ((i + t) % 3 == 0) {
-                    CPriorityLock lock(m);
-                    overlaps += ++inside != 1;
-                    ++total;
-                    --inside;
-                } else {
-                    CMutexLock lock(m);
-                    overlaps += ++inside != 1;
-                    ++total;
-                    --inside;
-                }
-            }
-        });
-    for (auto& t : threads) t.join();
-    EXPECT_EQ(overlaps, 0);
-    EXPECT_EQ(total, 2000);
-}
-
 // An ordinary locker that arrives while a priority locker waits polls every 10 ms (on the injected clock)
 // and only starts to wait once the priority locker has the mutex.
 TEST(MutexGuards, PriorityLockerGoesBeforeAnOrdinaryOneArrivingLater) {

@@ -136,6 +136,13 @@ bool IsoImage::Build(const FileTree& tree, std::uint32_t startLba, const VolumeT
     }
     std::map<const TreeNode*, std::size_t> dirIndex;
     for (std::size_t i = 0; i < dirs.size(); ++i) dirIndex[dirs[i].node] = i;
+    // Path tables list folders level by level, sorted by parent number, then name; Joliet names sort
+    // differently from the ISO 9660 ones, so the Joliet table has an order (and numbers) of its own.
+    std::vector<std::size_t> isoOrder(dirs.size()), jolietOrder{0};
+    for (std::size_t i = 0; i < dirs.size(); ++i) isoOrder[i] = i;
+    for (std::size_t k = 0; joliet && k < jolietOrder.size(); ++k)
+        for (const Entry& e : dirs[jolietOrder[k]].joliet)
+            if (e.node->directory) jolietOrder.push_back(dirIndex[e.node]);
 
     // Path tables (same record sizes for both byte orders).
     auto pathTableBytes = [&](bool forJoliet) {
@@ -248,8 +255,11 @@ bool IsoImage::Build(const FileTree& tree, std::uint32_t startLba, const VolumeT
 
     // Path tables: little-endian (L) and big-endian (M) copies.
     auto emitPathTable = [&](bool forJoliet, bool bigEndian) {
+        const std::vector<std::size_t>& order = forJoliet ? jolietOrder : isoOrder;
+        std::vector<std::size_t> number(dirs.size());
+        for (std::size_t k = 0; k < order.size(); ++k) number[order[k]] = k + 1;
         std::vector<std::uint8_t> out;
-        for (std::size_t i = 0; i < dirs.size(); ++i) {
+        for (std::size_t i : order) {
             std::vector<std::uint8_t> id{0};
             if (i > 0)
                 for (const Entry& e : forJoliet ? dirs[dirs[i].parent].joliet : dirs[dirs[i].parent].iso)
@@ -259,7 +269,7 @@ bool IsoImage::Build(const FileTree& tree, std::uint32_t startLba, const VolumeT
             std::uint8_t* r = out.data() + at;
             r[0] = static_cast<std::uint8_t>(id.size());
             const std::uint32_t lba = startLba + (forJoliet ? dirs[i].jolietBlock : dirs[i].isoBlock);
-            const auto parentNumber = static_cast<std::uint16_t>(dirs[i].parent + 1);
+            const auto parentNumber = static_cast<std::uint16_t>(number[dirs[i].parent]);
             if (bigEndian) {
                 PutBe32(r + 2, lba);
                 PutBe16(r + 6, parentNumber);

@@ -2,6 +2,7 @@
 #include <dlfcn.h>
 
 #include "platform/dynamic_library.h"
+#include "platform/paths.h"
 #include "platform/text.h"
 
 namespace uc {
@@ -10,7 +11,15 @@ bool DynamicLibrary::Load(const std::wstring& name) {
     Unload();
     m_name = name;
     m_error.clear();
-    void* module = ::dlopen(ToUtf8(name).c_str(), RTLD_NOW | RTLD_LOCAL);
+    // A bare name is looked for beside the program first, as Windows does. The program's own search path
+    // ($ORIGIN) cannot be relied on: it applies only to dlopen calls made from the program itself, and a
+    // sanitizer's dlopen interceptor is another library.
+    void* module = nullptr;
+    if (name.find(L'/') == std::wstring::npos) {
+        const std::wstring beside = JoinPath(ExecutableFolder(), name);
+        module = ::dlopen(ToUtf8(beside).c_str(), RTLD_NOW | RTLD_LOCAL);
+    }
+    if (!module) module = ::dlopen(ToUtf8(name).c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!module) {
         const char* why = ::dlerror();
         m_error = FromUtf8(why ? why : "dlopen failed");

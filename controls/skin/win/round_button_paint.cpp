@@ -79,8 +79,7 @@ void RoundButtonPainter::Draw(HDC dc, int width, int height, const RoundButtonLo
         height = h;
     }
     if (m_offScreen) {
-        if (static_cast<long long>(width) * height <= kMaxOffScreenPixels && DrawOffScreen(dc, width, height, look))
-            return;
+        if (DrawOffScreen(dc, width, height, look)) return;
         if (m_loggedDirect != std::make_pair(width, height)) {
             UC_LOG(zelLogger::Fallback)(L"Round button %dx%d painted directly: no off-screen bitmap", width, height);
             m_loggedDirect = {width, height};

@@ -30,9 +30,7 @@ class UC_API RoundButtonPainter {
 public:
     // Larger sides are painted at this size from the top-left (far beyond any screen; path gradients of much
     // larger sizes exhaust the stack of some GDI+ implementations).
-    static constexpr int kMaxPaintSide = 4096;
-    // Larger buttons paint straight onto the target instead of through a memory bitmap.
-    static constexpr long long kMaxOffScreenPixels = 2048LL * 2048LL;
+    static constexpr int kMaxPaintSide = 2048;
     // Painted images up to this size are kept for repaints; larger ones are released after the paint.
     static constexpr long long kMaxCachedPixels = 1024LL * 1024LL;
     // Painted images kept: a button mostly alternates between two looks (released and held down).

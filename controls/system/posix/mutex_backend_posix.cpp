@@ -63,11 +63,21 @@ unsigned long FromErrno(int e) {
 }
 
 constexpr std::uint32_t kMagic = 0x75634D58;  // "ucMX"
+constexpr std::uint32_t kVersion = 2;
 struct SharedBlock {
     std::atomic<std::uint32_t> magic;
     std::uint32_t version;
     pthread_mutex_t mutex;
+    // The owning thread and its recursion depth, written only by the owner: a release by any other thread is
+    // refused before it reaches pthread_mutex_unlock (as ReleaseMutex refuses a thread that does not own it).
+    std::atomic<pid_t> owner;
+    std::uint32_t depth;
 };
+
+pid_t ThisThread() {
+    thread_local const pid_t tid = ::gettid();
+    return tid;
+}
 
 bool InitMutex(SharedBlock* block) {
     pthread_mutexattr_t attr;
@@ -78,7 +88,9 @@ bool InitMutex(SharedBlock* block) {
               pthread_mutex_init(&block->mutex, &attr) == 0;
     pthread_mutexattr_destroy(&attr);
     if (ok) {
-        block->version = 1;
+        block->version = kVersion;
+        block->owner.store(0, std::memory_order_relaxed);
+        block->depth = 0;
         block->magic.store(kMagic, std::memory_order_release);
     }
     return ok;
@@ -197,7 +209,7 @@ public:
         if ((before & kClosed) && (before & kUsers) == 1) Retire(m_index, m_slot);
     }
     explicit operator bool() const { return m_slot != nullptr; }
-    pthread_mutex_t* Mutex() const { return &m_slot->block->mutex; }
+    SharedBlock* Block() const { return m_slot->block; }
     std::uint32_t Index() const { return m_index; }
 
 private:
@@ -278,7 +290,7 @@ SharedBlock* OpenNamed(const std::string& path, int& fdOut, bool& created) {
             bool ready = false;
             if (!created && ::fstat(fd, &st) == 0 && st.st_size >= static_cast<off_t>(sizeof(SharedBlock))) {
                 block = Map(fd);
-                ready = block && block->magic.load(std::memory_order_acquire) == kMagic;
+                ready = block && block->magic.load(std::memory_order_acquire) == kMagic && block->version == kVersion;
             }
             // A creator that died half-way left no usable mutex: whoever gets the file alone initialises it.
             if (!ready && (created || ::flock(fd, LOCK_EX | LOCK_NB) == 0)) {
@@ -298,7 +310,18 @@ SharedBlock* OpenNamed(const std::string& path, int& fdOut, bool& created) {
     return nullptr;
 }
 
-WaitResult Lock(pthread_mutex_t* m, std::uint32_t timeoutMs) {
+// Records the calling thread as owner after an acquisition.
+void Owned(SharedBlock* b) {
+    if (b->owner.load(std::memory_order_relaxed) == ThisThread()) {
+        ++b->depth;
+    } else {
+        b->owner.store(ThisThread(), std::memory_order_relaxed);
+        b->depth = 1;
+    }
+}
+
+WaitResult Lock(SharedBlock* b, std::uint32_t timeoutMs) {
+    pthread_mutex_t* m = &b->mutex;
     int r;
     if (timeoutMs == kInfinite) {
         r = pthread_mutex_lock(m);
@@ -316,15 +339,23 @@ WaitResult Lock(pthread_mutex_t* m, std::uint32_t timeoutMs) {
         r = pthread_mutex_timedlock(m, &deadline);
     }
     switch (r) {
-    case 0: return WaitResult::Acquired;
+    case 0: Owned(b); return WaitResult::Acquired;
     case EOWNERDEAD:
-        // Ours now; marking it consistent lets the next owner take it normally.
+        // Ours now; marking it consistent lets the next owner take it normally. The dead owner's record goes.
         pthread_mutex_consistent(m);
+        b->owner.store(0, std::memory_order_relaxed);
+        Owned(b);
         return WaitResult::Abandoned;
     case EBUSY:
     case ETIMEDOUT: return WaitResult::Timeout;
     default: Fail(ErrorInvalidParameter); return WaitResult::Failed;
     }
+}
+
+bool Unlock(SharedBlock* b) {
+    if (b->owner.load(std::memory_order_relaxed) != ThisThread()) return false;
+    if (--b->depth == 0) b->owner.store(0, std::memory_order_relaxed);
+    return pthread_mutex_unlock(&b->mutex) == 0;
 }
 
 }  // namespace
@@ -357,7 +388,7 @@ void* CreateMutexObject(_SECURITY_ATTRIBUTES*, bool initialOwner, const wchar_t*
         Fail(ErrorNotEnoughMemory);
         return nullptr;
     }
-    if (created && initialOwner) pthread_mutex_lock(&block->mutex);
+    if (created && initialOwner) Lock(block, kInfinite);
     t_lastError = created ? 0 : ErrorAlreadyExists;
     return handle;
 }
@@ -385,7 +416,7 @@ WaitResult WaitMutex(void* handle, std::uint32_t timeoutMs) {
         Fail(ErrorInvalidHandle);
         return WaitResult::Failed;
     }
-    return Lock(use.Mutex(), timeoutMs);
+    return Lock(use.Block(), timeoutMs);
 }
 
 WaitResult WaitAllMutexes(void* const* handles, unsigned long count) {
@@ -414,18 +445,18 @@ WaitResult WaitAllMutexes(void* const* handles, unsigned long count) {
     std::vector<std::size_t> held;
     for (;;) {
         held.clear();
-        WaitResult r = Lock(uses[first].Mutex(), kInfinite);
+        WaitResult r = Lock(uses[first].Block(), kInfinite);
         if (r == WaitResult::Failed) return r;
         abandoned |= r == WaitResult::Abandoned;
         held.push_back(first);
         std::size_t busy = count;
         for (std::size_t i = 0; i < count && busy == count; ++i) {
             if (i == first) continue;
-            r = Lock(uses[i].Mutex(), 0);
+            r = Lock(uses[i].Block(), 0);
             if (r == WaitResult::Timeout) {
                 busy = i;
             } else if (r == WaitResult::Failed) {
-                for (std::size_t h : held) pthread_mutex_unlock(uses[h].Mutex());
+                for (std::size_t h : held) Unlock(uses[h].Block());
                 return r;
             } else {
                 abandoned |= r == WaitResult::Abandoned;
@@ -433,7 +464,7 @@ WaitResult WaitAllMutexes(void* const* handles, unsigned long count) {
             }
         }
         if (busy == count) return abandoned ? WaitResult::Abandoned : WaitResult::Acquired;
-        for (std::size_t h : held) pthread_mutex_unlock(uses[h].Mutex());
+        for (std::size_t h : held) Unlock(uses[h].Block());
         first = busy;
     }
 }
@@ -444,7 +475,7 @@ bool ReleaseMutexObject(void* handle) {
         Fail(ErrorInvalidHandle);
         return false;
     }
-    if (pthread_mutex_unlock(use.Mutex()) != 0) {
+    if (!Unlock(use.Block())) {
         Fail(ErrorNotOwner);
         return false;
     }

@@ -220,8 +220,13 @@ bool WriteFilterSimulator::Parse(const std::wstring& text, std::wstring& error) 
         r.Number(L"max_levels", v.maxLevels, MaxLevelsLimit);
         r.Number(L"level", v.level, MaxLevelsLimit);
         if (!error.empty()) break;
-        if (v.name.empty() || v.device.empty()) {
-            r.Fail(v.name.empty() ? L"name" : L"device", L"", L"a volume name");
+        auto badName = [](const std::wstring& n) {
+            // Names cross the library boundary null-terminated and live on one line of the file.
+            return n.empty() || std::any_of(n.begin(), n.end(), [](wchar_t c) { return c < 0x20 || c == 0x7F; });
+        };
+        if (badName(v.name) || badName(v.device)) {
+            const bool name = badName(v.name);
+            r.Fail(name ? L"name" : L"device", name ? v.name : v.device, L"a volume name (no control characters)");
         } else if (v.device.size() >= MaxDeviceNameLength) {
             r.Fail(L"device", v.device, L"shorter than 256 characters");
         } else if (v.maxLevels == 0 || v.level == 0 || v.level > v.maxLevels) {

@@ -58,11 +58,18 @@ void Dialog::EndDialog(INT_PTR result) {
 // the object first and Default() is the dialog manager's processing (which ends here, answering FALSE).
 INT_PTR CALLBACK Dialog::DialogProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
     if (msg != WM_INITDIALOG || Window::FromHandle(hwnd)) return FALSE;
-    auto* self = reinterpret_cast<Dialog*>(lp);
+    return BindAtInit(reinterpret_cast<Dialog*>(lp), hwnd, wp, lp);
+}
+
+INT_PTR Dialog::BindAtInit(Dialog* self, HWND hwnd, WPARAM wp, LPARAM lp) {
     if (!self || !self->Subclass(hwnd)) return TRUE;
     self->m_created = true;  // a modeless dialog dies with its object
-    // WM_INITDIALOG goes to the object without a second pass through this procedure.
-    return self->WindowProc(WM_INITDIALOG, wp, lp);
+    // WM_INITDIALOG goes to the object without a second pass through the dialog procedure.
+    try {
+        return self->Dispatch(WM_INITDIALOG, wp, lp);
+    } catch (...) {
+        return TRUE;
+    }
 }
 
 LRESULT Dialog::WindowProc(UINT msg, WPARAM wp, LPARAM lp) {
@@ -94,6 +101,43 @@ LRESULT Dialog::WindowProc(UINT msg, WPARAM wp, LPARAM lp) {
 BOOL Dialog::OnInitDialog() { return TRUE; }
 void Dialog::OnOK() { EndDialog(IDOK); }
 void Dialog::OnCancel() { EndDialog(IDCANCEL); }
+
+namespace {
+
+// Skips a sz_Or_Ord field (none, an ordinal, or a string).
+const WORD* SkipNameOrOrdinal(const WORD* p) {
+    if (*p == 0) return p + 1;
+    if (*p == 0xFFFF) return p + 2;
+    while (*p) ++p;
+    return p + 1;
+}
+
+}  // namespace
+
+bool TemplateFont(const DLGTEMPLATE* tmpl, WORD& points, std::wstring& face) {
+    if (!tmpl) return false;
+    auto* w = reinterpret_cast<const WORD*>(tmpl);
+    const bool extended = w[0] == 1 && w[1] == 0xFFFF;
+    DWORD style;
+    const WORD* p;
+    if (extended) {
+        style = w[6] | (static_cast<DWORD>(w[7]) << 16);  // after version, signature, help id, ex-style
+        p = w + 13;                                         // after the item count and x, y, cx, cy
+    } else {
+        style = w[0] | (static_cast<DWORD>(w[1]) << 16);
+        p = w + 9;
+    }
+    if (!(style & (DS_SETFONT | DS_SHELLFONT))) return false;
+    p = SkipNameOrOrdinal(p);  // menu
+    p = SkipNameOrOrdinal(p);  // class
+    while (*p) ++p;            // title
+    ++p;
+    points = *p++;
+    if (extended) p += 2;      // weight, italic and character set
+    face.clear();
+    while (*p) face += static_cast<wchar_t>(*p++);
+    return true;
+}
 
 DialogTemplate::DialogTemplate(DWORD style, DWORD exStyle, short x, short y, short cx, short cy, const wchar_t* title,
                                const wchar_t* font, WORD pointSize) {

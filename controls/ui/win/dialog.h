@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <string>
 #include <vector>
 
 #include "platform/export.h"
@@ -42,10 +43,16 @@ protected:
     virtual void OnCancel();
 
     LRESULT WindowProc(UINT msg, WPARAM wp, LPARAM lp) override;
+    // Binds `self` to the dialog window that is receiving WM_INITDIALOG and runs OnInitDialog; for dialog
+    // procedures of windows made by others (property pages). Returns what WM_INITDIALOG should return.
+    static INT_PTR BindAtInit(Dialog* self, HWND hwnd, WPARAM wp, LPARAM lp);
+    // The template to open (memory, else the id in the template module or the thread's resource module) and the
+    // module it belongs to; null (and a log line) when the module has no such template.
+    const DLGTEMPLATE* ResolveTemplate(HMODULE& module) const;
+    bool HasMemoryTemplate() const { return !m_memory.empty(); }
 
 private:
     static INT_PTR CALLBACK DialogProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp);
-    const DLGTEMPLATE* ResolveTemplate(HMODULE& module) const;
 
     UINT m_templateId;
     HWND m_parent;
@@ -53,6 +60,9 @@ private:
     std::vector<WORD> m_memory;
     bool m_modal = false;
 };
+
+// The font a dialog template asks for (DS_SETFONT or DS_SHELLFONT), classic or extended; false when it names none.
+UC_API bool TemplateFont(const DLGTEMPLATE* tmpl, WORD& points, std::wstring& face);
 
 // Builds an in-memory DLGTEMPLATE with its items (the classic format; sizes in dialog units).
 class UC_API DialogTemplate {

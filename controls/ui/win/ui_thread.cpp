@@ -9,7 +9,7 @@
 
 namespace uc::ui {
 
-UiThread::UiThread() : m_queueReady(::CreateEventW(nullptr, TRUE, FALSE, nullptr)) {}
+UiThread::UiThread() : m_initialised(::CreateEventW(nullptr, TRUE, FALSE, nullptr)) {}
 
 UiThread::~UiThread() {
     // A derived object is already gone here, so its overrides cannot run: derived classes should Stop in their
@@ -26,7 +26,7 @@ bool UiThread::Start() {
         return false;
     }
     m_threadId = id;
-    HANDLE both[2] = {m_queueReady.get(), m_thread.get()};
+    HANDLE both[2] = {m_initialised.get(), m_thread.get()};
     ::WaitForMultipleObjects(2, both, FALSE, INFINITE);
     return true;
 }
@@ -39,13 +39,13 @@ DWORD WINAPI UiThread::ThreadMain(void* self) {
 void UiThread::Run() {
     MSG msg;
     ::PeekMessageW(&msg, nullptr, WM_USER, WM_USER, PM_NOREMOVE);  // creates this thread's queue
-    ::SetEvent(m_queueReady.get());
     bool started = false;
     try {
         started = InitInstance();
     } catch (...) {
         UC_LOG(zelLogger::Failure)(L"user-interface thread: InitInstance failed with an exception");
     }
+    ::SetEvent(m_initialised.get());
     if (started) {
         while (true) {
             const BOOL got = ::GetMessageW(&msg, nullptr, 0, 0);

@@ -22,7 +22,8 @@ public:
     UiThread(const UiThread&) = delete;
     UiThread& operator=(const UiThread&) = delete;
 
-    // Starts the thread and returns once its message queue exists (so a PostQuit right after is never lost).
+    // Starts the thread and returns once InitInstance has run there (so what it built can be used at once, and a
+    // PostQuit right after is never lost). InitInstance must not wait for the thread that calls Start.
     bool Start();
     // Asks the loop to end; harmless when the thread has ended or never started.
     void PostQuit(int exitCode = 0);
@@ -52,7 +53,7 @@ private:
     void Run();
 
     UniqueKernelHandle m_thread;
-    UniqueKernelHandle m_queueReady;
+    UniqueKernelHandle m_initialised;
     std::atomic<DWORD> m_threadId{0};
     std::atomic<int> m_exitCode{0};
 };

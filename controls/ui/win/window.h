@@ -111,12 +111,14 @@ protected:
     // child's OnChildNotify first. Return true and set `result` when the child handled it.
     virtual bool OnChildNotify(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result);
 
+    // Runs one message through WindowProc with Default() set up for it and exceptions caught.
+    LRESULT Dispatch(UINT msg, WPARAM wp, LPARAM lp);
+
     HWND m_hWnd = nullptr;
     bool m_created = false;  // the object created the window, so its destructor destroys it
 
 private:
     friend struct WindowAccess;
-    LRESULT Dispatch(UINT msg, WPARAM wp, LPARAM lp);
     void Bind(HWND hwnd, WNDPROC previous, bool ownClass);
     void Unbind();
 

@@ -95,6 +95,37 @@ TEST(IsoImageTest, WithoutJolietTheIsoNamesAreRead) {
     EXPECT_EQ(back.root->children[0]->name, u"REPORT_F.PDF");
 }
 
+// "a" sorts before "B" in ISO 9660 ("A" < "B") but after it in Joliet (0x0042 < 0x0061): each path table
+// keeps its own order, and every record's parent number and address match its own hierarchy.
+TEST(IsoImageTest, JolietPathTableHasItsOwnOrder) {
+    FileTree tree(false, true, true);
+    TreeNode *a = nullptr, *b = nullptr;
+    ASSERT_TRUE(tree.AddFolder(tree.Root(), u"a", &a).ok);
+    ASSERT_TRUE(tree.AddFolder(tree.Root(), u"B", &b).ok);
+    ASSERT_TRUE(tree.AddFolder(*a, u"in a", nullptr).ok);
+    ASSERT_TRUE(tree.AddFolder(*b, u"in B", nullptr).ok);
+    IsoImage image;
+    Medium medium;
+    medium.Burn(tree, image);
+    const std::uint8_t* svd = &medium.bytes[17 * kBlockSize];
+    const std::uint32_t tableBytes = GetLe32(svd + 132);
+    const std::uint8_t* table = &medium.bytes[std::size_t(GetLe32(svd + 140)) * kBlockSize];
+    std::vector<std::pair<std::u16string, std::uint16_t>> records;  // name, parent number
+    for (std::size_t at = 0; at < tableBytes;) {
+        const std::uint8_t length = table[at];
+        std::u16string name;
+        for (std::size_t k = 0; k + 1 < length; k += 2) name.push_back(static_cast<char16_t>((table[at + 8 + k] << 8) | table[at + 9 + k]));
+        records.emplace_back(name, GetLe16(&table[at + 6]));
+        // The directory the record names starts with its own "." record.
+        const std::uint32_t lba = GetLe32(&table[at + 2]);
+        EXPECT_EQ(GetLe32(&medium.bytes[std::size_t(lba) * kBlockSize + 2]), lba) << Utf16ToUtf8(name);
+        at += 8 + length + length % 2;
+    }
+    const std::vector<std::pair<std::u16string, std::uint16_t>> expected = {
+        {u"", 1}, {u"B", 1}, {u"a", 1}, {u"in B", 2}, {u"in a", 3}};
+    EXPECT_EQ(records, expected);
+}
+
 // Only the metadata blocks are streamed: the data of a 4.5 GiB sparse file is never read.
 TEST(IsoImageTest, FilesBeyondFourGibibytesGetSeveralExtents) {
     uc::test::TempDir temp;

@@ -7,7 +7,9 @@ check DIR: reads DIR/results.txt written by export_image_test and checks every o
 """
 import os
 import shutil
+import subprocess
 import sys
+import tempfile
 
 from PIL import Image
 
@@ -97,6 +99,13 @@ def make(folder):
     with open(os.path.join(folder, "cases.txt"), "w") as f:
         for case in CASES:
             f.write("|".join(str(v) for v in case[:6]) + "\n")
+    study = os.path.join(folder, "burn", "P1", "S1")
+    os.makedirs(study)
+    with open(os.path.join(folder, "burn", "P1", "patient.xml"), "w") as f:
+        f.write("<patient/>")
+    with open(os.path.join(study, "study.xml"), "w") as f:
+        f.write("<study/>")
+    soft.save(os.path.join(study, "smooth.png"))
 
 
 def inside(rects, x, y, margin=0):
@@ -174,7 +183,37 @@ def check(folder):
     return 1 if failures else 0
 
 
+def burn_check(folder):
+    image = os.path.join(folder, "burn.iso")
+    listing = subprocess.run(["xorriso", "-indev", image, "-find", "/", "-type", "f"], capture_output=True,
+                             text=True).stdout.split()
+    files = sorted(p.strip("'") for p in listing)
+    stamp = [p for p in files if p.endswith("/P1/S1/smoothc.jpg")]
+    expected = {"/P1/patient.xml", "/P1/S1/study.xml", "/P1/S1/smoothc.jpg"}
+    if len(stamp) != 1 or not stamp[0].startswith("/Exports/"):
+        print("FAIL the image's files are %s" % files)
+        return 1
+    top = stamp[0][: -len("/P1/S1/smoothc.jpg")]
+    if {p[len(top):] for p in files} != expected:
+        print("FAIL the image holds %s, expected %s below %s" % (files, sorted(expected), top))
+        return 1
+    with tempfile.TemporaryDirectory() as out:
+        os.makedirs(os.path.join(out, "burn", "out", "fromdisc"))
+        target = os.path.join(out, "burn", "out", "fromdisc", "smoothc.jpg")
+        subprocess.run(["xorriso", "-osirrox", "on", "-indev", image, "-extract", stamp[0], target],
+                       capture_output=True)
+        shutil.copy(os.path.join(folder, "burn", "P1", "S1", "smooth.png"), os.path.join(out, "burn", "smooth.png"))
+        case = ("fromdisc", "smooth.png", 1, 1, "plain.xml", "", "smoothc.jpg", "JPEG", PLAIN_ZONES, True)
+        problem = check_case(os.path.join(out, "burn"), case, target, "1") if os.path.exists(target) else "not extracted"
+        if problem:
+            print("FAIL " + problem)
+            return 1
+    print("ok   %s holds the converted, blacked-out study below %s" % (image, top))
+    return 0
+
+
 if __name__ == "__main__":
-    if len(sys.argv) != 3 or sys.argv[1] not in ("make", "check"):
+    commands = {"make": make, "check": check, "burn-check": burn_check}
+    if len(sys.argv) != 3 or sys.argv[1] not in commands:
         sys.exit(__doc__)
-    sys.exit(make(sys.argv[2]) if sys.argv[1] == "make" else check(sys.argv[2]))
+    sys.exit(commands[sys.argv[1]](sys.argv[2]))

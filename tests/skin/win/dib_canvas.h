@@ -1,46 +1,55 @@
-// A 32-bit top-down DIB with its own memory DC, for painting into and reading pixels back (RGB as 0xRRGGBB).
+// A 32-bit top-down DIB in its own memory DC, for painting into and reading pixels back (as 0xRRGGBB).
 #pragma once
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 
 #include "platform/win/handles.h"
 
 namespace uc::test {
 
+// Largest difference between the channels of two 0xRRGGBB colours.
+inline int ColourDistance(std::uint32_t a, std::uint32_t b) {
+    int d = 0;
+    for (int shift = 0; shift < 24; shift += 8) d = std::max(d, std::abs(int((a >> shift) & 0xFF) - int((b >> shift) & 0xFF)));
+    return d;
+}
+
 class DibCanvas {
 public:
-    DibCanvas(int width, int height);
-    DibCanvas(const DibCanvas&) = delete;
-    DibCanvas& operator=(const DibCanvas&) = delete;
-    ~DibCanvas();
-
+    DibCanvas(int width, int height)
+        : m_width(width), m_height(height), m_dc(::CreateCompatibleDC(nullptr)), m_bitmap(Dib(width, height, m_bits)) {}
     HDC dc() const { return m_dc.get(); }
-    int width() const { return m_width; }
-    int height() const { return m_height; }
-    bool valid() const { return m_bits != nullptr; }
-
-    void Fill(std::uint32_t rgb);
-    // 0xRRGGBB of a pixel (GDI work pending on the DC is flushed first).
-    std::uint32_t Pixel(int x, int y) const;
-    // Pixels whose channels are all within `tolerance` of `rgb`, in x0 <= x < x1, y0 <= y < y1.
-    int Count(std::uint32_t rgb, int tolerance, int x0, int y0, int x1, int y1) const;
-    int Count(std::uint32_t rgb, int tolerance) const { return Count(rgb, tolerance, 0, 0, m_width, m_height); }
+    void Fill(std::uint32_t rgb) {
+        ::GdiFlush();
+        std::fill(m_bits, m_bits + m_width * m_height, rgb);
+    }
+    std::uint32_t Pixel(int x, int y) const {
+        ::GdiFlush();
+        return m_bits[y * m_width + x] & 0xFFFFFF;
+    }
+    // Pixels within `tolerance` of `rgb` in x0 <= x < x1, y0 <= y < y1 (the whole canvas by default).
+    int Count(std::uint32_t rgb, int tolerance, int x0 = 0, int y0 = 0, int x1 = 1 << 30, int y1 = 1 << 30) const {
+        int n = 0;
+        for (int y = y0; y < std::min(m_height, y1); ++y)
+            for (int x = x0; x < std::min(m_width, x1); ++x) n += ColourDistance(Pixel(x, y), rgb) <= tolerance;
+        return n;
+    }
 
 private:
-    int m_width;
-    int m_height;
+    static HBITMAP Dib(int width, int height, std::uint32_t*& bits) {
+        BITMAPINFO info{};
+        info.bmiHeader = {sizeof(BITMAPINFOHEADER), width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+        return ::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, reinterpret_cast<void**>(&bits), nullptr, 0);
+    }
+    int m_width, m_height;
     std::uint32_t* m_bits = nullptr;
     UniqueHdc m_dc;
     UniqueHBitmap m_bitmap;
-    HGDIOBJ m_original = nullptr;
+    SelectObjectGuard m_selected{m_dc.get(), m_bitmap.get()};  // last: deselected before the bitmap goes
 };
-
-// Largest difference between the channels of two 0xRRGGBB colours.
-int ColourDistance(std::uint32_t a, std::uint32_t b);
-// 0xRRGGBB of an ARGB or GDI colour.
-inline std::uint32_t RgbOfArgb(std::uint32_t argb) { return argb & 0xFFFFFF; }
-inline std::uint32_t RgbOfColorRef(COLORREF c) { return (c & 0xFF) << 16 | (c & 0xFF00) | ((c >> 16) & 0xFF); }
 
 }  // namespace uc::test

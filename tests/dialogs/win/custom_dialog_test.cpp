@@ -1,0 +1,415 @@
+// CCustomDialog on screen: translation, title, centring, touch-panel messages, system close, colours, drives.
+#include <gtest/gtest.h>
+
+#include <windows.h>
+#include <commctrl.h>
+
+#include <functional>
+#include <vector>
+
+#include "dialog_test_support.h"
+#include "dialogs/win/custom_dialog.h"
+#include "platform/localisation.h"
+#include "platform/paths.h"
+#include "dialogs_test_ids.h"
+#include "ui/win/capture.h"
+#include "ui/win/window.h"
+#include "ui_test_support.h"
+
+using uc::test::ConsoleTemplate;
+
+namespace {
+
+// A console dialog whose test steps run inside its modal loop (posted after WM_INITDIALOG).
+class TestDialog : public CCustomDialog {
+public:
+    TestDialog() { SetTemplate(ConsoleTemplate()); }
+    std::function<void(TestDialog&)> beforeInit;  // before the base initialisation (derived dialogs set fields here)
+    std::function<void(TestDialog&)> steps;       // inside the running modal loop; must end the dialog
+    std::function<void(uc::ui::PaintDC&)> draw;
+    int systemCloses = 0, cancels = 0;
+
+    using CCustomDialog::m_showTitle;
+    using CCustomDialog::m_title;
+    using CCustomDialog::m_touchNotify;
+    using CCustomDialog::m_touchPassSelf;
+    using CCustomDialog::m_resizer;
+    using CCustomDialog::SetTitle;
+    using CCustomDialog::AddRemovableDrives;
+
+protected:
+    static constexpr UINT kRunSteps = WM_APP + 300;
+    BOOL OnInitDialog() override {
+        if (beforeInit) beforeInit(*this);
+        const BOOL r = CCustomDialog::OnInitDialog();
+        Post(kRunSteps);
+        return r;
+    }
+    LRESULT WindowProc(UINT msg, WPARAM wp, LPARAM lp) override {
+        if (msg == WM_SYSCOMMAND && (wp & 0xFFF0) == SC_CLOSE) ++systemCloses;
+        if (msg == kRunSteps) {
+            if (steps) {
+                steps(*this);
+            } else {
+                EndDialog(IDOK);
+            }
+            return 0;
+        }
+        return CCustomDialog::WindowProc(msg, wp, lp);
+    }
+    void OnCancel() override {
+        ++cancels;
+        CCustomDialog::OnCancel();
+    }
+    void OnDraw(uc::ui::PaintDC& dc) override {
+        if (draw) draw(dc);
+    }
+};
+
+class CustomDialogTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        uc::ClearLocalisedStrings();
+        utilsExam::SetDialogRect({100, 80, 900, 680});
+        CCustomDialog::m_touch = nullptr;
+    }
+    void TearDown() override {
+        uc::ClearLocalisedStrings();
+        utilsExam::SetDialogRect({});
+        CCustomDialog::m_touch = nullptr;
+    }
+};
+
+TEST_F(CustomDialogTest, OpensTranslatedTitledAndCentredInTheDialogArea) {
+    uc::SetLocalisedString("Apply", L"Anwenden");
+    uc::SetLocalisedString("dialog.title", L"Image settings");
+    uc::SetLocalisedString("inner", L"innen");
+    TestDialog d;
+    d.m_title = L"dialog.title";
+    d.beforeInit = [](TestDialog& self) {
+        // A grandchild (a control inside a group's own child window) is translated too.
+        HWND group = self.Item(uc::test::kGroupId);
+        ::CreateWindowExW(0, L"STATIC", L"inner", WS_CHILD | WS_VISIBLE, 2, 2, 40, 12, group,
+                          reinterpret_cast<HMENU>(77), nullptr, nullptr);
+    };
+    d.steps = [](TestDialog& self) {
+        EXPECT_EQ(uc::test::TextOf(self.Item(uc::test::kApplyId)), L"Anwenden");
+        EXPECT_EQ(uc::test::TextOf(self.Item(uc::test::kPlainId)), L"no translation") << "unknown texts unchanged";
+        EXPECT_EQ(uc::test::TextOf(::GetDlgItem(self.Item(uc::test::kGroupId), 77)), L"innen");
+
+        HWND title = self.Item(uc::ui::kTitleLabelId);
+        ASSERT_NE(title, nullptr);
+        EXPECT_EQ(uc::test::TextOf(title), L"Image settings") << "the title is translated with the rest";
+        RECT r{};
+        ::GetWindowRect(title, &r);
+        ::MapWindowPoints(HWND_DESKTOP, self.GetHwnd(), reinterpret_cast<POINT*>(&r), 2);
+        const RECT client = self.ClientRect();
+        EXPECT_EQ(r.left, 10);
+        EXPECT_EQ(r.top, 14);
+        EXPECT_EQ(r.right, client.right - 10);
+        EXPECT_EQ(r.bottom, 80);
+        const CLabel& label = self.TitleLabel();
+        EXPECT_EQ(label.TextColor(), 0xC0C0C0u);
+        EXPECT_EQ(label.HiliteColor(), 0u);
+        EXPECT_TRUE(label.Transparent());
+        EXPECT_TRUE(label.Font3D());
+        EXPECT_STREQ(label.LogFont().lfFaceName, L"Arial");
+        EXPECT_EQ(label.LogFont().lfWeight, FW_BOLD);
+        EXPECT_EQ(label.LogFont().lfCharSet, 0);
+
+        // Centred on the middle of the dialog area, each half truncated.
+        const RECT w = self.WindowRect();
+        EXPECT_EQ(w.left, 500 - (w.right - w.left) / 2);
+        EXPECT_EQ(w.top, 380 - (w.bottom - w.top) / 2);
+        self.EndDialog(IDOK);
+    };
+    EXPECT_EQ(d.DoModal(), IDOK);
+}
+
+TEST_F(CustomDialogTest, WithoutTitleNoLabelButControlsStillTranslated) {
+    uc::SetLocalisedString("Apply", L"Anwenden");
+    TestDialog d;
+    d.m_showTitle = FALSE;
+    d.steps = [](TestDialog& self) {
+        EXPECT_EQ(self.Item(uc::ui::kTitleLabelId), nullptr);
+        EXPECT_EQ(uc::test::TextOf(self.Item(uc::test::kApplyId)), L"Anwenden");
+        self.EndDialog(IDOK);
+    };
+    EXPECT_EQ(d.DoModal(), IDOK);
+}
+
+TEST_F(CustomDialogTest, ATitleAlreadyShownIsNeverOverwritten) {
+    TestDialog d;
+    d.m_title = L"First";
+    d.steps = [](TestDialog& self) {
+        self.SetTitle(L"Second");
+        EXPECT_EQ(uc::test::TextOf(self.Item(uc::ui::kTitleLabelId)), L"First");
+        ::SetWindowTextW(self.Item(uc::ui::kTitleLabelId), L"");
+        self.SetTitle(L"Third");
+        EXPECT_EQ(uc::test::TextOf(self.Item(uc::ui::kTitleLabelId)), L"Third") << "a cleared label takes a new title";
+        self.EndDialog(IDOK);
+    };
+    EXPECT_EQ(d.DoModal(), IDOK);
+}
+
+// The console's touch-panel window: records the two notifications and answers the first.
+class TouchPanel : public uc::ui::Window {
+public:
+    struct Received {
+        UINT msg;
+        WPARAM wp;
+        LPARAM lp;
+    };
+    std::vector<Received> received;
+
+protected:
+    LRESULT WindowProc(UINT msg, WPARAM wp, LPARAM lp) override {
+        if (msg == UWM_TOUCH_DIALOG_OPEN || msg == UWM_TOUCH_DIALOG_CLOSE) {
+            received.push_back({msg, wp, lp});
+            return msg == UWM_TOUCH_DIALOG_OPEN ? 0x1234 : 0;
+        }
+        return Window::WindowProc(msg, wp, lp);
+    }
+};
+
+TEST_F(CustomDialogTest, TouchPanelHearsOpenWithTheDialogAndDestroy) {
+    TouchPanel touch;
+    ASSERT_TRUE(touch.Create(0, nullptr, L"touch", WS_POPUP, {0, 0, 10, 10}, nullptr, 0));
+    CCustomDialog::m_touch = touch.GetHwnd();
+    TestDialog d;
+    d.m_touchNotify = TRUE;
+    d.m_touchPassSelf = TRUE;
+    d.steps = [&](TestDialog& self) {
+        ASSERT_EQ(touch.received.size(), 1u);
+        EXPECT_EQ(touch.received[0].msg, 0x8048u);
+        EXPECT_EQ(touch.received[0].wp, reinterpret_cast<WPARAM>(static_cast<CCustomDialog*>(&self)));
+        EXPECT_EQ(touch.received[0].lp, 0);
+        EXPECT_EQ(self.TouchReply(), 0x1234);
+        self.EndDialog(IDOK);
+    };
+    EXPECT_EQ(d.DoModal(), IDOK);
+    ASSERT_EQ(touch.received.size(), 2u);
+    EXPECT_EQ(touch.received[1].msg, 0x804Eu);
+    EXPECT_EQ(touch.received[1].wp, 0u);
+    EXPECT_EQ(touch.received[1].lp, 0);
+
+    // Without passing itself the open notification carries 0; without notify nothing is sent.
+    touch.received.clear();
+    TestDialog anonymous;
+    anonymous.m_touchNotify = TRUE;
+    EXPECT_EQ(anonymous.DoModal(), IDOK);
+    ASSERT_EQ(touch.received.size(), 2u);
+    EXPECT_EQ(touch.received[0].wp, 0u);
+    touch.received.clear();
+    TestDialog quiet;
+    EXPECT_EQ(quiet.DoModal(), IDOK);
+    EXPECT_TRUE(touch.received.empty());
+}
+
+TEST_F(CustomDialogTest, StaleOrMissingTouchWindowIsSkipped) {
+    HWND stale = nullptr;
+    {
+        uc::test::ForeignWindow gone;
+        stale = gone.hwnd;
+    }
+    for (HWND touch : {stale, static_cast<HWND>(nullptr)}) {
+        CCustomDialog::m_touch = touch;
+        TestDialog d;
+        d.m_touchNotify = TRUE;
+        EXPECT_EQ(d.DoModal(), IDOK);
+        EXPECT_EQ(d.TouchReply(), 0);
+    }
+}
+
+TEST_F(CustomDialogTest, SystemCloseIsIgnoredButTheButtonsStillWork) {
+    TestDialog d;
+    d.steps = [](TestDialog& self) {
+        ::SendMessageW(self.GetHwnd(), WM_SYSCOMMAND, SC_CLOSE, 0);  // title-bar close and Alt+F4
+        ::SendMessageW(self.GetHwnd(), WM_CLOSE, 0, 0);
+        EXPECT_EQ(self.cancels, 0) << "the dialog stays open";
+        // A real click on the dialog's OK button ends it.
+        uc::test::ClickWithMouseMessages(self.Item(IDOK));
+    };
+    EXPECT_EQ(d.DoModal(), IDOK);
+}
+
+TEST_F(CustomDialogTest, AltF4FromTheKeyboardLeavesTheDialogOpen) {
+    TestDialog d;
+    d.steps = [&](TestDialog& self) {
+        ::ShowWindow(self.GetHwnd(), SW_SHOW);
+        ::SetForegroundWindow(self.GetHwnd());
+        uc::test::PressAltF4();
+        // The keys arrive as input of this thread: wait until the close command they make has been handled.
+        EXPECT_TRUE(uc::test::WaitFor([&] { return self.systemCloses > 0; }));
+        uc::test::ClickWithMouseMessages(self.Item(IDOK));
+    };
+    EXPECT_EQ(d.DoModal(), IDOK);
+    EXPECT_EQ(d.systemCloses, 1) << "Alt+F4 reached the dialog";
+    EXPECT_EQ(d.cancels, 0) << "and did not cancel it";
+}
+
+TEST_F(CustomDialogTest, FlatBackgroundColourAndTransparentControlText) {
+    TestDialog d;
+    d.SetBkColor(RGB(10, 40, 90));
+    d.m_showTitle = FALSE;
+    d.steps = [](TestDialog& self) {
+        ::ShowWindow(self.GetHwnd(), SW_SHOW);
+        auto picture = uc::ui::CaptureWindow(self.GetHwnd());
+        const uc::ui::Pixels px = uc::ui::ReadPixels(picture.get());
+        ASSERT_GT(px.width, 0);
+        POINT free{self.ClientRect().right - 3, self.ClientRect().bottom - 3};
+        ::ClientToScreen(self.GetHwnd(), &free);
+        const RECT w = self.WindowRect();
+        EXPECT_EQ(px.At(free.x - w.left, free.y - w.top), 0x0A285Au) << "erased with the dialog's colour";
+
+        uc::ui::WindowDC screen(nullptr);
+        uc::UniqueHdc dc(::CreateCompatibleDC(screen));
+        ::SetBkMode(dc.get(), OPAQUE);
+        ::SendMessageW(self.GetHwnd(), WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(dc.get()),
+                       reinterpret_cast<LPARAM>(self.Item(uc::test::kPlainId)));
+        EXPECT_EQ(::GetBkMode(dc.get()), TRANSPARENT);
+        self.EndDialog(IDOK);
+    };
+    EXPECT_EQ(d.DoModal(), IDOK);
+
+    TestDialog plain;
+    plain.steps = [](TestDialog& self) {
+        uc::ui::WindowDC screen(nullptr);
+        uc::UniqueHdc dc(::CreateCompatibleDC(screen));
+        ::SetBkMode(dc.get(), OPAQUE);
+        ::SendMessageW(self.GetHwnd(), WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(dc.get()),
+                       reinterpret_cast<LPARAM>(self.Item(uc::test::kPlainId)));
+        EXPECT_EQ(::GetBkMode(dc.get()), OPAQUE) << "without a colour the controls keep their background";
+        self.EndDialog(IDOK);
+    };
+    EXPECT_EQ(plain.DoModal(), IDOK);
+}
+
+TEST_F(CustomDialogTest, OnDrawPaintsWithThePaintDC) {
+    TestDialog d;
+    d.m_showTitle = FALSE;
+    d.draw = [](uc::ui::PaintDC& dc) {
+        RECT r{2, 2, 8, 8};
+        uc::UniqueHBrush red(::CreateSolidBrush(RGB(255, 0, 0)));
+        ::FillRect(dc, &r, red.get());
+    };
+    d.steps = [](TestDialog& self) {
+        ::ShowWindow(self.GetHwnd(), SW_SHOW);
+        auto picture = uc::ui::CaptureWindow(self.GetHwnd());
+        const uc::ui::Pixels px = uc::ui::ReadPixels(picture.get());
+        POINT at{5, 5};
+        ::ClientToScreen(self.GetHwnd(), &at);
+        const RECT w = self.WindowRect();
+        EXPECT_EQ(px.At(at.x - w.left, at.y - w.top), 0xFF0000u);
+        self.EndDialog(IDOK);
+    };
+    EXPECT_EQ(d.DoModal(), IDOK);
+}
+
+TEST_F(CustomDialogTest, CursorIsVisibleWhileModalAndHiddenAgainAfter) {
+    while (::ShowCursor(FALSE) >= 0) {
+    }
+    const int hidden = ::ShowCursor(TRUE) - 1;
+    ::ShowCursor(FALSE);
+    int during = -100;
+    TestDialog d;
+    d.steps = [&](TestDialog& self) {
+        during = ::ShowCursor(TRUE) - 1;
+        ::ShowCursor(FALSE);
+        self.EndDialog(IDOK);
+    };
+    EXPECT_EQ(d.DoModal(), IDOK);
+    EXPECT_GE(during, 0);
+    EXPECT_EQ(::ShowCursor(TRUE) - 1, hidden);
+    while (::ShowCursor(TRUE) < 0) {
+    }
+}
+
+TEST_F(CustomDialogTest, DialogLargerThanTheAreaIsPlacedPartlyOutside) {
+    utilsExam::SetDialogRect({0, 0, 200, 100});
+    TestDialog d;
+    d.steps = [](TestDialog& self) {
+        const RECT w = self.WindowRect();
+        ASSERT_GT(w.right - w.left, 200);
+        EXPECT_EQ(w.left, 100 - (w.right - w.left) / 2);
+        EXPECT_LT(w.left, 0) << "no clamping";
+        self.EndDialog(IDOK);
+    };
+    EXPECT_EQ(d.DoModal(), IDOK);
+}
+
+TEST_F(CustomDialogTest, ResizerMovesRegisteredControlsOnSize) {
+    TestDialog d;
+    d.steps = [](TestDialog& self) {
+        self.m_resizer.Init(self.GetHwnd());
+        ASSERT_TRUE(self.m_resizer.Add(IDOK, uc::ui::kAnchorBottomRight));
+        RECT before{};
+        ::GetWindowRect(self.Item(IDOK), &before);
+        const RECT w = self.WindowRect();
+        ::SetWindowPos(self.GetHwnd(), nullptr, 0, 0, w.right - w.left + 40, w.bottom - w.top + 20,
+                       SWP_NOMOVE | SWP_NOZORDER);
+        RECT after{};
+        ::GetWindowRect(self.Item(IDOK), &after);
+        EXPECT_EQ(after.left - before.left, 40);
+        EXPECT_EQ(after.top - before.top, 20);
+        self.EndDialog(IDOK);
+    };
+    EXPECT_EQ(d.DoModal(), IDOK);
+}
+
+TEST_F(CustomDialogTest, StringResourcesFromTheProgramOrAModule) {
+    EXPECT_EQ(CCustomDialog::GetStringResource(IDS_DIALOG_TEST_TEXT, nullptr), L"Text of the test program");
+    EXPECT_EQ(CCustomDialog::GetStringResource(IDS_DIALOG_TEST_TEXT, ::GetModuleHandleW(nullptr)),
+              L"Text of the test program");
+    EXPECT_EQ(CCustomDialog::GetStringResource(4711, nullptr), L"");
+}
+
+TEST_F(CustomDialogTest, DriveListOffersNeitherSystemDriveAndStartsWithTheNetwork) {
+    uc::SetLocalisedString("export.network", L"Network");
+    TestDialog d;
+    d.steps = [](TestDialog& self) {
+        HWND combo = self.Item(uc::test::kDrivesId);
+        ASSERT_NE(combo, nullptr);
+        self.AddRemovableDrives(combo, "export.network");
+        EXPECT_NE(::SendMessageW(combo, CBEM_GETIMAGELIST, 0, 0), 0) << "the system's small icons";
+        const int count = static_cast<int>(::SendMessageW(combo, CB_GETCOUNT, 0, 0));
+        ASSERT_GE(count, 1);
+        COMBOBOXEXITEMW item{};
+        wchar_t text[MAX_PATH] = {};
+        item.mask = CBEIF_TEXT | CBEIF_LPARAM;
+        item.pszText = text;
+        item.cchTextMax = MAX_PATH;
+        item.iItem = 0;
+        ASSERT_TRUE(::SendMessageW(combo, CBEM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item)));
+        EXPECT_STREQ(text, L"Network");
+        EXPECT_EQ(item.lParam, 0);
+        int drives = 0;
+        for (int i = 1; i < count; ++i) {
+            item.iItem = i;
+            ASSERT_TRUE(::SendMessageW(combo, CBEM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item)));
+            const auto* root = reinterpret_cast<const std::wstring*>(item.lParam);
+            ASSERT_NE(root, nullptr);
+            EXPECT_NE(*root, L"C:\\");
+            EXPECT_NE(*root, L"D:\\");
+            EXPECT_EQ(root->size(), 3u);
+            ++drives;
+        }
+        // Wine maps Z: to the file system's root, a fixed drive: it is offered.
+        if (::GetDriveTypeW(L"Z:\\") == DRIVE_FIXED) {
+            EXPECT_GE(drives, 1);
+        }
+        CCustomDialog::ReleaseDriveItems(combo);
+        EXPECT_EQ(::SendMessageW(combo, CB_GETCOUNT, 0, 0), 0);
+
+        self.AddRemovableDrives(combo, nullptr);
+        item.iItem = 0;
+        if (::SendMessageW(combo, CBEM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item))) {
+            EXPECT_NE(item.lParam, 0) << "without a network key the first item is a drive";
+        }
+        CCustomDialog::ReleaseDriveItems(combo);
+        self.EndDialog(IDOK);
+    };
+    EXPECT_EQ(d.DoModal(), IDOK);
+}
+
+}  // namespace

@@ -1,0 +1,54 @@
+// Shared pieces of the dialog tests.
+#include "dialog_test_support.h"
+
+#include <commctrl.h>
+
+#include "ui/win/dialog.h"
+
+namespace uc::test {
+
+std::vector<WORD> ConsoleTemplate() {
+    INITCOMMONCONTROLSEX icc{sizeof icc, ICC_USEREX_CLASSES | ICC_TAB_CLASSES};
+    ::InitCommonControlsEx(&icc);
+    uc::ui::DialogTemplate t(WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_MODALFRAME, 0, 0, 0, 260, 160, L"console");
+    t.Add(L"BUTTON", L"OK", IDOK, WS_CHILD | WS_VISIBLE | WS_TABSTOP | BS_DEFPUSHBUTTON, 150, 140, 50, 14)
+        .Add(L"BUTTON", L"Cancel", IDCANCEL, WS_CHILD | WS_VISIBLE | WS_TABSTOP, 205, 140, 50, 14)
+        .Add(L"BUTTON", L"Apply", kApplyId, WS_CHILD | WS_VISIBLE | WS_TABSTOP, 95, 140, 50, 14)
+        .Add(L"STATIC", L"no translation", kPlainId, WS_CHILD | WS_VISIBLE, 10, 60, 100, 10)
+        .Add(L"STATIC", L"", kGroupId, WS_CHILD | WS_VISIBLE, 10, 75, 100, 20)
+        .Add(L"ComboBoxEx32", L"", kDrivesId, WS_CHILD | WS_VISIBLE | CBS_DROPDOWNLIST, 120, 60, 130, 80);
+    return t.Words();
+}
+
+void ClickWithMouseMessages(HWND hwnd) {
+    RECT r{};
+    ::GetClientRect(hwnd, &r);
+    const LPARAM at = MAKELPARAM(r.right / 2, r.bottom / 2);
+    ::PostMessageW(hwnd, WM_LBUTTONDOWN, MK_LBUTTON, at);
+    ::PostMessageW(hwnd, WM_LBUTTONUP, 0, at);
+}
+
+void ClickWithSendInput(HWND hwnd) {
+    RECT r{};
+    ::GetWindowRect(hwnd, &r);
+    ::SetCursorPos((r.left + r.right) / 2, (r.top + r.bottom) / 2);
+    INPUT in[2] = {};
+    in[0].type = in[1].type = INPUT_MOUSE;
+    in[0].mi.dwFlags = MOUSEEVENTF_LEFTDOWN;
+    in[1].mi.dwFlags = MOUSEEVENTF_LEFTUP;
+    ::SendInput(2, in, sizeof(INPUT));
+}
+
+void PressAltF4() {
+    INPUT in[4] = {};
+    for (INPUT& i : in) i.type = INPUT_KEYBOARD;
+    in[0].ki.wVk = VK_MENU;
+    in[1].ki.wVk = VK_F4;
+    in[2].ki.wVk = VK_F4;
+    in[2].ki.dwFlags = KEYEVENTF_KEYUP;
+    in[3].ki.wVk = VK_MENU;
+    in[3].ki.dwFlags = KEYEVENTF_KEYUP;
+    ::SendInput(4, in, sizeof(INPUT));
+}
+
+}  // namespace uc::test
