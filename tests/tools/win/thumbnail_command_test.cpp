@@ -1,10 +1,10 @@
 // uctool "thumbnail" (Windows build): one PNG per file in the output folder, failures counted in the exit code.
 #include <gtest/gtest.h>
 
-#include "command_runner.h"
 #include "platform/paths.h"
 #include "skin/win/gdiplus_session.h"
 #include "support/temp_dir.h"
+#include "tools/command_runner.h"
 
 namespace {
 
