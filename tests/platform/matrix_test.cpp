@@ -33,7 +33,7 @@ const Problem kProblems[] = {
     {"equal columns: the shortest split", 3, 2, {1, 1, 1, 1, 1, 1}, {2, 2, 2}, {1, 1}, 1e-14},
     {"zero column gets 0", 3, 2, {0, 1, 0, 2, 0, 3}, {2, 4, 6}, {0, 2}, 1e-15},
     {"zero matrix", 2, 2, {0, 0, 0, 0}, {1, 1}, {0, 0}, 0.0},
-    {"columns 1e150 and 1e-150", 2, 2, {1e150, 1e-150, 0, 1e-150}, {2e150, 3e-150}, {2, 3}, 1e-14},
+    {"columns 1e150 and 1e-170", 2, 2, {1e150, 1e-170, 0, 1e-170}, {2e150, 3e-170}, {2, 3}, 1e-14},
     {"entries near the top of the range", 3, 1, {1e300, 1e300, 1e300}, {1e300, 1e300, 1e300}, {1}, 1e-15},
     {"NaN in the matrix", 2, 1, {1, kNaN}, {1, 1}, {}, 0},
     {"infinity on the right", 2, 1, {1, 1}, {-kInf, 1}, {}, 0},

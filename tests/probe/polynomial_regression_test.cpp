@@ -57,18 +57,7 @@ TEST(PolynomialRegression, FitsAndLooksUp) {
     }
 }
 
-TEST(PolynomialRegression, LooksUpZeroAfterReset) {
-    CPolynomialRegression r;
-    r.AddItem(0, 1);
-    r.AddItem(1, 3);
-    EXPECT_EQ(r.YLookup(1.0), 0.0) << "samples alone are no fit";
-    ASSERT_TRUE(r.Compute(1));
-    r.Reset();
-    EXPECT_EQ(r.GetItemCount() + r.GetDegree(), 0);
-    EXPECT_EQ(r.YLookup(1.0), 0.0);
-}
-
-TEST(PolynomialRegression, FitsManySamplesAndRefitsAtAnotherDegree) {
+TEST(PolynomialRegression, FitsManySamplesRefitsAtAnotherDegreeAndResets) {
     // More rows than the least-squares routine folds in one block.
     CPolynomialRegression r;
     double sum = 0.0;
@@ -77,11 +66,15 @@ TEST(PolynomialRegression, FitsManySamplesAndRefitsAtAnotherDegree) {
         r.AddItem(x, y);
         sum += y;
     }
+    EXPECT_EQ(r.YLookup(1.0), 0.0) << "samples alone are no fit";
     ASSERT_TRUE(r.Compute(5));
     const double expected[] = {0.5, -1, 2, -3, 4, -5};
     for (int j = 0; j < 6; ++j) EXPECT_NEAR(r.GetCoefficients()[j], expected[j], 1e-12) << j;
     ASSERT_TRUE(r.Compute(0));
     EXPECT_NEAR(r.YLookup(123.0), sum / 1000, 1e-12);
+    r.Reset();
+    EXPECT_EQ(r.GetItemCount() + r.GetDegree(), 0);
+    EXPECT_EQ(r.YLookup(1.0), 0.0);
 }
 
 }  // namespace

@@ -33,6 +33,9 @@ TEST(ThumbNailer, ResearchFilesExtensionsAndRoutes) {
         EXPECT_EQ(CThumbNailer::GetResearchExtension(c.path), c.researchExtension) << c.path;
         EXPECT_EQ(CThumbNailer::Route(c.path), c.route) << c.path;
     }
+    for (const wchar_t* ext : {L"RF", L"bpr", L"B8", L"b32", L"Mpr", L"m", L"DRF", L"pw", L"crf", L"COL", L"cvv", L"ecg",
+                               L"el", L"Elo", L"epr"})
+        EXPECT_TRUE(CThumbNailer::IsResearchFile(std::wstring(L"d.") + ext)) << ext;
 }
 
 }  // namespace
