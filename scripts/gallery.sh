@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Renders a button style file (default: the sample samples/protocol/ButtonStyles.xml) to a PNG gallery under Wine,
-# drawn by the library's own GDI+ face painting. Builds the win64 tool first when needed.
+# drawn by the library's own GDI+ face painting, and saves pictures of the console dialogs as their real controls
+# draw them (uctool ui --screenshot) next to it, in ui/. Builds the win64 tool first when needed.
 #   bash scripts/gallery.sh [STYLE_FILE [OUT_PNG]] [--size WxH] [--console-type N] [--left]
 # Default output: build/gallery/ButtonStyles.png. UC_GALLERY_BUILD picks the build folder (default build/win64).
 set -euo pipefail
@@ -34,3 +35,11 @@ scripts/wine-run.sh "$build/tools/uctool/uctool.exe" style gallery "$(to_win "$s
   --out "$(to_win "$out")" ${options[@]+"${options[@]}"}
 [ -s "$out" ] || { echo "gallery: no picture was written" >&2; exit 1; }
 echo "gallery: $out"
+
+shots="$(dirname "$out")/ui"
+mkdir -p "$shots"
+scripts/wine-run.sh "$build/tools/uctool/uctool.exe" ui --screenshot "$(to_win "$shots")" >/dev/null
+for f in console message_box please_wait property_sheet tabbed_dialog; do
+  [ -s "$shots/$f.png" ] || { echo "gallery: no picture of $f was written" >&2; exit 1; }
+done
+echo "gallery: $shots/*.png"

@@ -16,6 +16,8 @@ struct DiscResult {
     long exception = 0;
     unsigned long status = 0;
     std::string text;  // UTF-8, as the library writes it
+    // The drive's sense data when it refused a command (0 otherwise): why, beyond "the command failed".
+    unsigned char senseKey = 0, asc = 0, ascq = 0;
     bool ok() const { return exception == 0; }
 };
 
@@ -48,6 +50,7 @@ struct DiscInformation {
     bool erasable = false;
     int discStatus = 0;         // 0 empty, 1 appendable, 2 closed
     int lastSessionStatus = 0;
+    int sessions = 0;
 };
 
 using DiscObject = void*;  // a file tree, a tree node or a burner of the library

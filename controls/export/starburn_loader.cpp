@@ -43,6 +43,11 @@ struct Outputs {
         r.exception = static_cast<long>(exception);
         r.status = status;
         r.text.assign(text, strnlen(text, kTextSize));
+        if (cdb.m__BOOLEAN__IsValid) {  // fixed-format sense: key in byte 2, ASC and ASCQ in bytes 12 and 13
+            r.senseKey = cdb.m__UCHAR__Sense[2] & 0x0F;
+            r.asc = cdb.m__UCHAR__Sense[12];
+            r.ascq = cdb.m__UCHAR__Sense[13];
+        }
         return r;
     }
 };
@@ -228,6 +233,7 @@ DiscResult StarBurnLoader::GetDiscInformation(DiscObject burner, DiscInformation
     info.erasable = d.m__BOOLEAN__IsErasable != FALSE;
     info.discStatus = d.m__UCHAR__DiscStatus;
     info.lastSessionStatus = d.m__UCHAR__LastSessionStatus;
+    info.sessions = d.m__UCHAR__NumberOfSessions;
     return o.Result(e);
 }
 

@@ -22,10 +22,8 @@ SampleArchive::SampleArchive(const TempDir& dir) {
     study2 = Below(root, L"P1/S2");
     studyWithoutDescriptor = Below(root, L"S3");
     for (const char* f : {"P1/patient.xml", "P1/S1/study.xml", "P1/S1/img1.bmp", "P1/S1/img2.jpg",
-                          "P1/S1/deep/er/clip.avi", "P1/S2/study.xml", "P1/S2/rpt.xml"}) {
-        const std::wstring rel = FromUtf8(f);
-        patientFiles.push_back(dir.write(L"archive/" + rel, std::string("content of ") + f));
-    }
+                          "P1/S1/deep/er/clip.avi", "P1/S2/study.xml", "P1/S2/rpt.xml"})
+        patientFiles.insert(dir.write(L"archive/" + FromUtf8(f), std::string("content of ") + f));
     dir.write(L"archive/S3/img.bmp", "orphan");
 }
 
@@ -34,6 +32,16 @@ std::string ReadFile(const std::wstring& path) {
     std::ostringstream s;
     s << in.rdbuf();
     return s.str();
+}
+
+std::set<std::wstring> FilesBelow(const std::wstring& folder) {
+    namespace fs = std::filesystem;
+    std::set<std::wstring> out;
+    std::error_code ec;
+    for (auto it = fs::recursive_directory_iterator(ToFsPath(folder), ec); !ec && it != fs::recursive_directory_iterator();
+         it.increment(ec))
+        if (it->is_regular_file()) out.insert(FromFsPath(fs::relative(it->path(), ToFsPath(folder))));
+    return out;
 }
 
 namespace {

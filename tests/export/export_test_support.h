@@ -1,6 +1,7 @@
 // Shared helpers of the export tests: an archive of patients and studies on disk, and a scripted image codec.
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,7 +20,7 @@ std::wstring Dir(const std::wstring& folder);
 struct SampleArchive {
     explicit SampleArchive(const TempDir& dir);
     std::wstring root, patient, study1, study2, studyWithoutDescriptor;
-    std::vector<std::wstring> patientFiles;  // every file below the patient folder
+    std::set<std::wstring> patientFiles;  // every file below the patient folder
 };
 
 // A codec that records what it was asked and writes marker text instead of pixels. Fails on demand.
@@ -37,5 +38,7 @@ public:
 };
 
 std::string ReadFile(const std::wstring& path);
+// Every file below `folder`, as paths relative to it; empty when the folder is missing.
+std::set<std::wstring> FilesBelow(const std::wstring& folder);
 
 }  // namespace uc::test

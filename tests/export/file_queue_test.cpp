@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <tuple>
 
 #include "export/export_files.h"
 #include "export/export_paths.h"
@@ -16,8 +17,6 @@
 namespace {
 using namespace uc::test;
 using uc::exporting::ZoneRect;
-
-std::set<std::wstring> SetOf(const std::vector<std::wstring>& v) { return {v.begin(), v.end()}; }
 
 class FileQueueTest : public testing::Test {
 protected:
@@ -31,7 +30,7 @@ TEST_F(FileQueueTest, AFolderWithOrWithoutItsSeparatorQueuesTheSameFiles) {
     CFileQueue other;
     queue.AddFilesToQueue(archive.patient);
     other.AddFilesToQueue(Dir(archive.patient));
-    EXPECT_EQ(queue.GetFilesName(), SetOf(archive.patientFiles));
+    EXPECT_EQ(queue.GetFilesName(), archive.patientFiles);
     EXPECT_EQ(other.GetFilesName(), queue.GetFilesName());
     queue.AddFilesToQueue(archive.patient);  // again: a set, nothing doubles
     EXPECT_EQ(queue.GetSize(), static_cast<int>(archive.patientFiles.size()));
@@ -47,7 +46,7 @@ TEST_F(FileQueueTest, TemporaryFilesAreNeverQueued) {
     if (!marked) GTEST_SKIP() << "this file system keeps no temporary mark";
     ASSERT_TRUE(queue.AddPatientToQueue(archive.patient));
     EXPECT_EQ(queue.FileExists(temp), -1);
-    EXPECT_EQ(queue.GetFilesName(), SetOf(archive.patientFiles));
+    EXPECT_EQ(queue.GetFilesName(), archive.patientFiles);
     ASSERT_TRUE(uc::exporting::SetTemporaryMark(temp, false));
     queue.AddFilesToQueue(archive.patient);
     EXPECT_GE(queue.FileExists(temp), 0);
@@ -59,18 +58,15 @@ TEST_F(FileQueueTest, PatientsAndStudiesAreQueuedOnceByTheirDescriptors) {
     std::transform(upper.begin(), upper.end(), upper.begin(), ::towupper);
     EXPECT_FALSE(queue.AddPatientToQueue(Dir(upper)));  // same patient, other case
     EXPECT_EQ(queue.GetPatientsName(), (std::set<std::wstring>{Dir(archive.patient) + L"patient.xml"}));
-
     EXPECT_TRUE(queue.AddStudyToQueue(archive.study1));
     EXPECT_FALSE(queue.AddStudyToQueue(Dir(archive.study1)));
     EXPECT_EQ(queue.GetStudiesName(), (std::set<std::wstring>{Dir(archive.study1) + L"study.xml"}));
-}
 
-TEST_F(FileQueueTest, AStudyFolderWithoutItsDescriptorIsRefusedAndSaysSo) {
-    EXPECT_FALSE(queue.AddStudyToQueue(archive.studyWithoutDescriptor));
-    EXPECT_EQ(queue.GetSize(), 0);
-    EXPECT_TRUE(queue.GetStudiesName().empty());
+    CFileQueue other;  // folders without their descriptor are refused and say so
+    EXPECT_FALSE(other.AddStudyToQueue(archive.studyWithoutDescriptor));
+    EXPECT_FALSE(other.AddPatientToQueue(dir.file(L"nowhere")));
+    EXPECT_TRUE(other.GetSize() == 0 && other.GetStudiesName().empty() && other.GetPatientsName().empty());
     EXPECT_EQ(zelLogger::Instance().Count(L"has no \"study.xml\"; not queued"), 1u);
-    EXPECT_FALSE(queue.AddPatientToQueue(dir.file(L"nowhere")));
     EXPECT_EQ(zelLogger::Instance().Count(L"has no \"patient.xml\"; not queued"), 1u);
 }
 
@@ -162,60 +158,48 @@ protected:
         CFileQueue::SetDicomStoreCallback(nullptr);
     }
     void TearDown() override { CFileQueue::SetDicomStoreCallback(nullptr); }
-    // Files left in the output folder.
-    std::set<std::wstring> Outputs() const {
-        std::set<std::wstring> names;
-        std::error_code ec;
-        for (const auto& e : std::filesystem::directory_iterator(uc::ToFsPath(out), ec))
-            names.insert(uc::FromFsPath(e.path().filename()));
-        return names;
-    }
+    std::set<std::wstring> Outputs() const { return FilesBelow(out); }
     std::shared_ptr<ScriptedCodec> codec = std::make_shared<ScriptedCodec>();
     std::wstring bmp = Below(archive.study1, L"img1.bmp"), jpg = Below(archive.study1, L"img2.jpg");
     std::wstring out = dir.file(L"out");
 };
 
 TEST_F(ConvertTest, NothingToDoReturnsTheSourceAndCreatesNothing) {
-    EXPECT_EQ(queue.ConvertImage(jpg, out, 1, 0), jpg);
-    EXPECT_EQ(queue.ConvertImage(bmp, out, 0, 0), bmp);
-    EXPECT_EQ(queue.ConvertImage(bmp, out, 5, 0), bmp);
-    EXPECT_EQ(queue.ConvertImage(Below(archive.study1, L"IMG.JPG"), out, 1, 0), Below(archive.study1, L"IMG.JPG"));
-    EXPECT_EQ(queue.ConvertImage(L"", out, 1, 1), L"");
-    EXPECT_TRUE(Outputs().empty());
-    EXPECT_TRUE(codec->calls.empty());
-    EXPECT_TRUE(queue.GetConvertedName().empty());
+    const std::wstring upper = Below(archive.study1, L"IMG.JPG");
+    for (const auto& [source, format, privatize] : {std::tuple{jpg, 1, 0}, {bmp, 0, 0}, {bmp, 5, 0}, {upper, 1, 0}, {L"", 1, 1}})
+        EXPECT_EQ(queue.ConvertImage(source, out, format, privatize), source) << uc::ToUtf8(source) << " " << format;
+    EXPECT_TRUE(Outputs().empty() && codec->calls.empty() && queue.GetConvertedName().empty());
 }
 
-TEST_F(ConvertTest, ReencodesACopyAndKeepsOnlyTheResult) {
-    const std::string before = ReadFile(bmp);
-    const std::wstring result = queue.ConvertImage(bmp, out, 1, 0);
-    EXPECT_EQ(result, Below(out, L"img1.jpg"));
-    EXPECT_EQ(ReadFile(result), "encoded image/jpeg from " + before);
-    EXPECT_EQ(Outputs(), (std::set<std::wstring>{L"img1.jpg"}));
-    EXPECT_EQ(queue.GetConvertedName(), (std::set<std::wstring>{result}));
-    EXPECT_EQ(ReadFile(bmp), before);
-    const wchar_t* mimes[] = {nullptr, L"image/jpeg", L"image/bmp", L"image/gif"};
-    for (int format : {2, 3}) {
-        codec->calls.clear();
-        queue.ConvertImage(jpg, out, format, 0);
-        ASSERT_EQ(codec->calls.size(), 1u);
-        EXPECT_NE(codec->calls[0].find(mimes[format]), std::wstring::npos);
+// Each conversion leaves one file named for its format (a "c" before the extension when blacked out) holding what
+// the codec made of a copy, and records it; the unblacked copy and the source's own folder are left alone.
+TEST_F(ConvertTest, EachConversionLeavesOnlyItsResultAndRecordsIt) {
+    const std::string bmpBytes = ReadFile(bmp), jpgBytes = ReadFile(jpg);
+    const struct {
+        std::wstring source;
+        int format, privatize;
+        const wchar_t* name;
+        std::string content;
+    } cases[] = {
+        {bmp, 1, 0, L"img1.jpg", "encoded image/jpeg from " + bmpBytes},
+        {jpg, 2, 0, L"img2.bmp", "encoded image/bmp from " + jpgBytes},
+        {jpg, 3, 0, L"img2.gif", "encoded image/gif from " + jpgBytes},
+        {jpg, 1, 1, L"img2c.jpg", "blacked 1 zones of " + jpgBytes},
+        {bmp, 3, 1, L"img1c.gif", "encoded image/gif from blacked 1 zones of " + bmpBytes},
+    };
+    std::set<std::wstring> made;
+    for (const auto& c : cases) {
+        const std::wstring result = queue.ConvertImage(c.source, out, c.format, c.privatize);
+        EXPECT_EQ(result, Below(out, c.name));
+        EXPECT_EQ(ReadFile(result), c.content) << uc::ToUtf8(c.name);
+        made.insert(c.name);
+        EXPECT_EQ(Outputs(), made);
+        EXPECT_EQ(queue.GetConvertedName().size(), made.size());
+        EXPECT_EQ(queue.GetConvertedName().count(result), 1u);
     }
-    EXPECT_EQ(Outputs(), (std::set<std::wstring>{L"img1.jpg", L"img2.bmp", L"img2.gif"}));
-}
-
-TEST_F(ConvertTest, BlackingOutWritesTheCNamedFileAndDropsTheUnblackedCopy) {
-    const std::wstring result = queue.ConvertImage(jpg, out, 1, 1);
-    EXPECT_EQ(result, Below(out, L"img2c.jpg"));
-    EXPECT_EQ(Outputs(), (std::set<std::wstring>{L"img2c.jpg"}));
+    EXPECT_TRUE(ReadFile(bmp) == bmpBytes && ReadFile(jpg) == jpgBytes);
     ASSERT_EQ(codec->lastZones.size(), 1u);
     EXPECT_EQ(codec->lastZones[0], (ZoneRect{112, 33, 800, 30}));  // full-screen offsets of a 1024 x 768 screen
-
-    const std::wstring converted = queue.ConvertImage(bmp, out, 3, 1);
-    EXPECT_EQ(converted, Below(out, L"img1c.gif"));
-    EXPECT_EQ(ReadFile(converted).rfind("encoded image/gif from blacked 1 zones of ", 0), 0u);
-    EXPECT_EQ(Outputs(), (std::set<std::wstring>{L"img2c.jpg", L"img1c.gif"}));
-    EXPECT_EQ(queue.GetConvertedName().size(), 2u);
 }
 
 TEST_F(ConvertTest, AnUnusableLayoutLeavesTheImageAsItIsAndSaysSo) {
@@ -238,18 +222,17 @@ TEST_F(ConvertTest, FailuresLeaveNothingBehindAndNoConvertedEntry) {
     EXPECT_EQ(queue.ConvertImage(jpg, out, 0, 1), Below(out, L"img2c.jpg"));
     codec->failBlackout = false;
     EXPECT_EQ(queue.ConvertImage(Below(archive.study1, L"vanished.bmp"), out, 1, 0), Below(out, L"vanished.jpg"));
-    EXPECT_TRUE(Outputs().empty());
-    EXPECT_TRUE(queue.GetConvertedName().empty());
+    EXPECT_TRUE(Outputs().empty() && queue.GetConvertedName().empty());
     EXPECT_EQ(zelLogger::Instance().Count(L"ConvertImage(): copying"), 1u);
     EXPECT_EQ(zelLogger::Instance().Count(L"cannot be blacked out"), 2u);
 }
 
 TEST_F(ConvertTest, TheSourceFolderIsNeverWrittenTo) {
     const std::string before = ReadFile(bmp);
+    const std::set<std::wstring> files = FilesBelow(archive.study1);
     EXPECT_EQ(queue.ConvertImage(bmp, archive.study1, 1, 1), L"");
     EXPECT_EQ(ReadFile(bmp), before);
-    EXPECT_FALSE(std::filesystem::exists(uc::ToFsPath(Below(archive.study1, L"img1c.bmp"))));
-    EXPECT_FALSE(std::filesystem::exists(uc::ToFsPath(Below(archive.study1, L"img1.jpg"))));
+    EXPECT_EQ(FilesBelow(archive.study1), files);
 }
 
 std::vector<std::pair<std::wstring, std::wstring>> g_stored;
@@ -291,8 +274,7 @@ TEST_F(ConvertTest, ClearingTheQueueKeepsTheConvertedFilesForCleanUp) {
     std::wstring unit;
     EXPECT_GT(queue.GetTotalConvertedFileSize(unit), 0);
     queue.RemoveConvertedFiles();
-    EXPECT_TRUE(Outputs().empty());
-    EXPECT_TRUE(queue.GetConvertedName().empty());
+    EXPECT_TRUE(Outputs().empty() && queue.GetConvertedName().empty());
     EXPECT_TRUE(std::filesystem::exists(uc::ToFsPath(bmp)));
 }
 
@@ -316,8 +298,7 @@ TEST_F(ConvertTest, AFullDiskLeavesNoHalfCopy) {
     ::setrlimit(RLIMIT_FSIZE, &old);
     std::signal(SIGXFSZ, previous);
     EXPECT_EQ(result, Below(out, L"big.jpg"));
-    EXPECT_TRUE(Outputs().empty());
-    EXPECT_TRUE(queue.GetConvertedName().empty());
+    EXPECT_TRUE(Outputs().empty() && queue.GetConvertedName().empty());
     EXPECT_EQ(zelLogger::Instance().Count(L"ConvertImage(): copying"), 1u);
 }
 }  // namespace

@@ -1,29 +1,18 @@
 // The "power" command of uctool against the simulators: detect, status and usage errors.
 #include <gtest/gtest.h>
 
-#include <sstream>
-
-#include "command.h"
 #include "power/battery_protocol.h"
 #include "power/simulator/battery_simulator.h"
 #include "power/simulator/ups_simulator.h"
 #include "power/ups_monitor.h"
 #include "power_test_support.h"
+#include "support/tool_run.h"
 
 namespace {
 using namespace uc::test;
 namespace sim = uc::power::sim;
 
-struct Result {
-    int code;
-    std::wstring out, err;
-};
-
-Result Tool(uctool::Args args) {
-    std::wostringstream out, err;
-    const int code = uctool::Dispatch(args, out, err);
-    return {code, out.str(), err.str()};
-}
+using Result = ToolRun;
 
 class PowerCommandTest : public testing::Test {
 protected:
@@ -44,10 +33,10 @@ TEST_F(PowerCommandTest, DetectsAndReadsTheBatteryModuleThroughTheLookup) {
     const int port = StartSimulator(host, 0, 38400);
     ASSERT_GE(port, 0);
     devices.AddBatteryBridge(port, host.DevicePath());
-    Result r = Tool({L"power", L"detect"});
+    Result r = RunTool({L"power", L"detect"});
     EXPECT_EQ(r.code, 0) << r.err;
     EXPECT_EQ(r.out, L"battery module on port " + std::to_wstring(port) + L"\n");
-    r = Tool({L"power", L"status", L"--raw"});
+    r = RunTool({L"power", L"status", L"--raw"});
     EXPECT_EQ(r.code, 0) << r.err;
     EXPECT_NE(r.out.find(L"percent: 42\n"), std::wstring::npos) << r.out;
     EXPECT_NE(r.out.find(L"state:   Battery state 9: Fault-Charge\n"), std::wstring::npos);
@@ -63,26 +52,26 @@ TEST_F(PowerCommandTest, ReadsTheUpsOnAGivenPort) {
     sim::SimulatorHost host(ups);
     const int port = StartSimulator(host, 1, 2400);
     ASSERT_GE(port, 0);
-    Result r = Tool({L"power", L"status", L"--only", L"ups", L"--port", std::to_wstring(port)});
+    Result r = RunTool({L"power", L"status", L"--only", L"ups", L"--port", std::to_wstring(port)});
     EXPECT_EQ(r.code, 0) << r.err;
     EXPECT_NE(r.out.find(L"source:  UPS on port " + std::to_wstring(port)), std::wstring::npos) << r.out;
     EXPECT_NE(r.out.find(L"power:   battery (depleting)"), std::wstring::npos);
     EXPECT_NE(r.out.find(L"warning: 2 (very low)"), std::wstring::npos);
-    r = Tool({L"power", L"watch", L"--only", L"ups", L"--port", std::to_wstring(port), L"--count", L"2", L"--interval", L"0"});
+    r = RunTool({L"power", L"watch", L"--only", L"ups", L"--port", std::to_wstring(port), L"--count", L"2", L"--interval", L"0"});
     EXPECT_EQ(r.code, 0) << r.err;
     EXPECT_NE(r.out.find(L"-- reading 2"), std::wstring::npos);
 }
 
 TEST_F(PowerCommandTest, NothingFoundAndBadUsage) {
-    Result r = Tool({L"power", L"detect", L"--only", L"battery"});
+    Result r = RunTool({L"power", L"detect", L"--only", L"battery"});
     EXPECT_EQ(r.code, 1);
     EXPECT_EQ(r.out, L"no power source found\n");
-    EXPECT_EQ(Tool({L"power"}).code, 2);
-    EXPECT_EQ(Tool({L"power", L"explode"}).code, 2);
-    EXPECT_EQ(Tool({L"power", L"detect", L"--port", L"x"}).code, 2);
-    EXPECT_EQ(Tool({L"power", L"detect", L"--only", L"moon"}).code, 2);
-    EXPECT_EQ(Tool({L"power", L"simulate", L"toaster"}).code, 2);
-    EXPECT_EQ(Tool({L"power", L"simulate", L"ups", L"--garbage", L"zz"}).code, 2);
+    EXPECT_EQ(RunTool({L"power"}).code, 2);
+    EXPECT_EQ(RunTool({L"power", L"explode"}).code, 2);
+    EXPECT_EQ(RunTool({L"power", L"detect", L"--port", L"x"}).code, 2);
+    EXPECT_EQ(RunTool({L"power", L"detect", L"--only", L"moon"}).code, 2);
+    EXPECT_EQ(RunTool({L"power", L"simulate", L"toaster"}).code, 2);
+    EXPECT_EQ(RunTool({L"power", L"simulate", L"ups", L"--garbage", L"zz"}).code, 2);
 }
 
 }  // namespace

@@ -1,13 +1,12 @@
 // uctool "system": write-filter status and commands against the simulated filter, and the lock probe.
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <thread>
 
-#include "command.h"
 #include "ewf_fixture.h"
 #include "lock_support.h"
 #include "platform/clock.h"
+#include "support/tool_run.h"
 #include "system/custom_mutex.h"
 #include "system/mutex_backend.h"
 
@@ -15,17 +14,8 @@ namespace {
 using uc::test::EwfSimTest;
 using uc::test::SimLibrary;
 
-struct Outcome {
-    int rc;
-    std::wstring out, err;
-};
-
-Outcome System(std::vector<std::wstring> args) {
-    args.insert(args.begin(), L"system");
-    std::wostringstream out, err;
-    const int rc = uctool::Dispatch(args, out, err);
-    return {rc, out.str(), err.str()};
-}
+using Outcome = uc::test::ToolRun;
+Outcome System(const uctool::Args& args) { return uc::test::RunTool(L"system", args); }
 
 Outcome Ewf(std::vector<std::wstring> args) {
     args.insert(args.begin(), L"ewf");
@@ -41,20 +31,20 @@ class SystemCommand : public EwfSimTest {};
 TEST_F(SystemCommand, StatusCommandAndSimulatedRestart) {
     UseState(uc::test::kTwoVolumes);
     Outcome r = Ewf({L"status"});
-    ASSERT_EQ(r.rc, 0) << r.err;
+    ASSERT_EQ(r.code, 0) << r.err;
     EXPECT_TRUE(Has(r.out, L"2 protected volume(s)"));
     EXPECT_TRUE(Has(r.out, L"volume 1: \\Device\\HarddiskVolume2\n  type Disk, state Enabled, pending No Command")) << r.out;
     EXPECT_TRUE(Has(r.out, L"overlay store: 75.0 % used (250 of 1000 segments free)")) << r.out;
     EXPECT_TRUE(Has(r.out, L"simulated; state file")) << r.out;
 
     r = Ewf({L"disable", L"\\device\\harddiskvolume1"});
-    ASSERT_EQ(r.rc, 0) << r.err;
+    ASSERT_EQ(r.code, 0) << r.err;
     EXPECT_TRUE(Has(r.out, L"volume 0: pending Disable")) << r.out;
-    ASSERT_EQ(Ewf({L"restart"}).rc, 0);
+    ASSERT_EQ(Ewf({L"restart"}).code, 0);
     r = Ewf({L"status"});
     EXPECT_TRUE(Has(r.out, L"type Disk, state Disabled, pending No Command")) << r.out;
     EXPECT_TRUE(Has(r.out, L"0.0 % used")) << r.out;
-    ASSERT_EQ(Ewf({L"write", L"1", L"100"}).rc, 0);
+    ASSERT_EQ(Ewf({L"write", L"1", L"100"}).code, 0);
     EXPECT_TRUE(Has(Ewf({L"status"}).out, L"10.0 % used"));
 }
 
@@ -62,7 +52,7 @@ TEST_F(SystemCommand, BadVolumesRefusalsAndMissingFilter) {
     UseState(std::string(uc::test::kTwoVolumes) + "[faults]\nrefuse=commit\n");
     struct Case {
         std::vector<std::wstring> args;
-        int rc;
+        int code;
         const wchar_t* err;
     } cases[] = {
         {{L"enable", L"2"}, 1, L"no protected volume '2' (2 listed)"},
@@ -73,20 +63,20 @@ TEST_F(SystemCommand, BadVolumesRefusalsAndMissingFilter) {
     };
     for (const Case& c : cases) {
         const Outcome r = Ewf(c.args);
-        EXPECT_EQ(r.rc, c.rc) << r.err;
+        EXPECT_EQ(r.code, c.code) << r.err;
         EXPECT_TRUE(Has(r.err, c.err)) << r.err;
     }
     const Outcome none = System({L"ewf", L"status", L"--library", L"uc-no-such-ewfapi.dll"});
-    EXPECT_EQ(none.rc, 1);
+    EXPECT_EQ(none.code, 1);
     EXPECT_TRUE(Has(none.err, L"EwfMgrGetProtectedVolumeList failed LE = 126")) << none.err;
     const Outcome real = System({L"ewf", L"restart", L"--library", SimLibrary(L"EWFAPI_noclear")});
-    EXPECT_EQ(real.rc, 0) << "the simulated build without ClearCommand is still the simulation";
+    EXPECT_EQ(real.code, 0) << "the simulated build without ClearCommand is still the simulation";
 }
 
 TEST(SystemLockCommand, ReportsFreeHeldAndAbandonedLocks) {
     const std::wstring name = uc::test::UniqueLockName(L"tool");
     Outcome r = System({L"lock", name});
-    EXPECT_EQ(r.rc, 0) << r.err;
+    EXPECT_EQ(r.code, 0) << r.err;
     EXPECT_TRUE(Has(r.out, L"acquired '" + name + L"' after ")) << r.out;
     EXPECT_TRUE(Has(r.out, L"released '" + name + L"'"));
 
@@ -100,17 +90,17 @@ TEST(SystemLockCommand, ReportsFreeHeldAndAbandonedLocks) {
     });
     ASSERT_TRUE(holding.Wait(uc::Millis(30000)));
     r = System({L"lock", name, L"--timeout", L"0"});
-    EXPECT_EQ(r.rc, 4);
+    EXPECT_EQ(r.code, 4);
     EXPECT_TRUE(Has(r.out, L"is held elsewhere")) << r.out;
     release.Set();
     holder.join();
 
     std::thread([&] { uc::sync::WaitMutex(m.GetHandle()); }).join();  // ends holding it
     r = System({L"lock", name, L"--priority"});
-    EXPECT_EQ(r.rc, 3);
+    EXPECT_EQ(r.code, 3);
     EXPECT_TRUE(Has(r.out, L"(abandoned)")) << r.out;
-    EXPECT_EQ(System({L"lock", name, L"--timeout", L"soon"}).rc, 2);
-    EXPECT_EQ(System({L"lock", L"a\\b\\c"}).rc, 1);
+    EXPECT_EQ(System({L"lock", name, L"--timeout", L"soon"}).code, 2);
+    EXPECT_EQ(System({L"lock", L"a\\b\\c"}).code, 1);
 }
 
 }  // namespace

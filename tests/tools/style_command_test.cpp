@@ -2,27 +2,26 @@
 #include <gtest/gtest.h>
 
 #include <set>
-#include <sstream>
 
-#include "command_runner.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "skin/style_repository.h"
 #include "style_tool.h"
 #include "support/temp_dir.h"
+#include "support/tool_run.h"
 
 namespace {
 
-using Outcome = uc::test::CommandOutcome;
-using uc::test::Has;
-
-Outcome Style(std::vector<std::wstring> args) { return uc::test::RunCommand(L"style", std::move(args)); }
+using Outcome = uc::test::ToolRun;
+Outcome Style(const uctool::Args& args) { return uc::test::RunTool(L"style", args); }
 
 std::wstring Sample() { return uc::JoinPath(uc::test::SourceDir(), L"samples/protocol/ButtonStyles.xml"); }
 
+bool Has(const std::wstring& text, const std::wstring& part) { return text.find(part) != std::wstring::npos; }
+
 TEST(StyleCommand, TheSampleLoadsWholeAndCoversEveryShapeAndBrush) {
     const Outcome r = Style({L"check", Sample(), L"--strict"});
-    ASSERT_EQ(r.rc, 0) << r.err << r.out;
+    ASSERT_EQ(r.code, 0) << r.err << r.out;
     EXPECT_TRUE(Has(r.out, L"0 dropped"));
     EXPECT_TRUE(Has(r.out, L"derives from <- \"Primary\" <- \"Default\"")) << "a three-level chain";
 
@@ -54,14 +53,14 @@ TEST(StyleCommand, CheckNamesEveryDroppedElementAndWhy) {
         <item id="5" name="odd"/>
       </Styles>)");
     Outcome r = Style({L"check", file});
-    EXPECT_EQ(r.rc, 0) << "a readable file passes without --strict";
+    EXPECT_EQ(r.code, 0) << "a readable file passes without --strict";
     EXPECT_TRUE(Has(r.out, L"\"again\" (id 1): id 1 is already taken")) << r.out;
     EXPECT_TRUE(Has(r.out, L"\"orphan\" (id 2): base \"nobody\" names no <style> element"));
     EXPECT_TRUE(Has(r.out, L"\"x\" (id 3): its base chain loops at"));
     EXPECT_TRUE(Has(r.out, L"\"y\" (id 4): its base chain loops at"));
     EXPECT_TRUE(Has(r.out, L"note: element 5 <item>"));
     EXPECT_TRUE(Has(r.out, L"6 elements, 2 styles loaded, 4 dropped"));
-    EXPECT_EQ(Style({L"check", L"--strict", file}).rc, 1);
+    EXPECT_EQ(Style({L"check", L"--strict", file}).code, 1);
     StyleRepository::DestroyInstance();
 }
 
@@ -70,17 +69,17 @@ TEST(StyleCommand, UnreadableFilesAndBadUsage) {
     for (const char* bytes : {"", "<Styles><style", "\x01\x02 not xml"}) {
         const std::wstring file = dir.write(L"bad.xml", bytes);
         const Outcome r = Style({L"check", file});
-        EXPECT_EQ(r.rc, 1);
+        EXPECT_EQ(r.code, 1);
         EXPECT_TRUE(Has(r.err, L"cannot read")) << r.err;
-        EXPECT_EQ(Style({L"normalise", file}).rc, 1);
+        EXPECT_EQ(Style({L"normalise", file}).code, 1);
     }
-    EXPECT_EQ(Style({L"check", dir.file(L"missing.xml")}).rc, 1);
-    EXPECT_EQ(Style({}).rc, 2);
-    EXPECT_EQ(Style({L"paint"}).rc, 2);
-    EXPECT_EQ(Style({L"check"}).rc, 2);
-    EXPECT_EQ(Style({L"gallery", Sample()}).rc, 2) << "--out is required";
-    EXPECT_EQ(Style({L"gallery", Sample(), L"--out", dir.file(L"g.png"), L"--size", L"3x3"}).rc, 2);
-    EXPECT_EQ(Style({L"gallery", Sample(), L"--out", dir.file(L"g.png"), L"--size", L"wide"}).rc, 2);
+    EXPECT_EQ(Style({L"check", dir.file(L"missing.xml")}).code, 1);
+    EXPECT_EQ(Style({}).code, 2);
+    EXPECT_EQ(Style({L"paint"}).code, 2);
+    EXPECT_EQ(Style({L"check"}).code, 2);
+    EXPECT_EQ(Style({L"gallery", Sample()}).code, 2) << "--out is required";
+    EXPECT_EQ(Style({L"gallery", Sample(), L"--out", dir.file(L"g.png"), L"--size", L"3x3"}).code, 2);
+    EXPECT_EQ(Style({L"gallery", Sample(), L"--out", dir.file(L"g.png"), L"--size", L"wide"}).code, 2);
     StyleRepository::DestroyInstance();
 }
 
@@ -88,7 +87,7 @@ TEST(StyleCommand, NormaliseWritesDifferencesThatReadBackEqual) {
     uc::test::TempDir dir;
     const std::wstring out = dir.file(L"normal.xml");
     Outcome r = Style({L"normalise", Sample(), L"--out", out});
-    ASSERT_EQ(r.rc, 0) << r.err;
+    ASSERT_EQ(r.code, 0) << r.err;
     EXPECT_TRUE(Has(r.out, L"wrote 15 styles"));
     StyleRepository* repo = StyleRepository::GetInstance();
     ASSERT_TRUE(repo->LoadFile(Sample()));
@@ -100,7 +99,7 @@ TEST(StyleCommand, NormaliseWritesDifferencesThatReadBackEqual) {
     EXPECT_EQ(normalised, original);
     // A second pass changes nothing in the text.
     const std::string first = dir.read(L"normal.xml");
-    ASSERT_EQ(Style({L"normalise", out}).rc, 0);
+    ASSERT_EQ(Style({L"normalise", out}).code, 0);
     EXPECT_EQ(dir.read(L"normal.xml"), first);
     StyleRepository::DestroyInstance();
 }
@@ -110,12 +109,12 @@ TEST(StyleCommand, GalleryIsDrawnOnlyWhereGdiplusIs) {
     const std::wstring png = dir.file(L"gallery.png");
     const Outcome r = Style({L"gallery", Sample(), L"--out", png, L"--size", L"90x30", L"--console-type", L"4", L"--left"});
 #ifdef _WIN32
-    ASSERT_EQ(r.rc, 0) << r.err;
+    ASSERT_EQ(r.code, 0) << r.err;
     const std::string bytes = dir.read(L"gallery.png");
     ASSERT_GT(bytes.size(), 1000u);
     EXPECT_EQ(bytes.substr(1, 3), "PNG");
 #else
-    EXPECT_EQ(r.rc, 1);
+    EXPECT_EQ(r.code, 1);
     EXPECT_TRUE(Has(r.err, L"GDI+"));
 #endif
     StyleRepository::DestroyInstance();

@@ -47,7 +47,9 @@ void CCustomPropertyPage::OnSize(UINT type, int cx, int cy) {
     m_resizer.Move();
 }
 
-void CCustomPropertyPage::OnPaint() { ::ValidateRect(m_hWnd, nullptr); }
+// Begin and end painting and draw nothing: that validates the page and erases it before its controls paint (a bare
+// ValidateRect left the erase pending, to land over the controls later).
+void CCustomPropertyPage::OnPaint() { uc::ui::PaintDC validate(m_hWnd); }
 
 void CCustomPropertyPage::OnDestroy() {
     DestroyToolTips();

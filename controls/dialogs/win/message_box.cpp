@@ -171,8 +171,7 @@ void CMessageBoxThread::SetTimeout(UINT ms) {
 void CMessageBoxThread::SetShowStatusBar(BOOL show) { m_box.m_showStatusBar = show; }
 
 bool CMessageBoxThread::InitInstance() {
-    Gdiplus::GdiplusStartupInput input;
-    if (Gdiplus::GdiplusStartup(&m_gdiplus, &input, nullptr) != Gdiplus::Ok) m_gdiplus = 0;
+    m_gdiplus = std::make_unique<uc::GdiplusSession>();
 
     HWND desktop = ::GetDesktopWindow();
     const int screenW = ::GetSystemMetrics(SM_CXSCREEN);
@@ -204,8 +203,7 @@ int CMessageBoxThread::ExitInstance() {
         ::ShowWindow(box, SW_HIDE);
         m_box.DestroyWindow();
     }
-    if (m_gdiplus) Gdiplus::GdiplusShutdown(m_gdiplus);
-    m_gdiplus = 0;
+    m_gdiplus.reset();
     return UiThread::ExitInstance();
 }
 

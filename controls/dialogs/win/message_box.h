@@ -10,6 +10,7 @@
 
 #include "dialogs/win/custom_dialog.h"
 #include "platform/export.h"
+#include "platform/win/gdiplus_encoders.h"
 #include "ui/wait_box_layout.h"
 #include "ui/win/ui_thread.h"
 #include "ui/win/window.h"
@@ -94,7 +95,7 @@ protected:
     CMessageBox m_box;
 
 private:
-    ULONG_PTR m_gdiplus = 0;
+    std::unique_ptr<uc::GdiplusSession> m_gdiplus;  // GDI+ for the box's painting, held on its thread
 };
 
 namespace uc::ui {

@@ -1,6 +1,7 @@
 // Window pictures: synchronous repaint, copy from the window DC, pixel access and PNG files.
 #include "ui/win/capture.h"
 
+#include "platform/win/gdiplus_encoders.h"
 #include "skin/win/gdiplus.h"
 #include "ui/win/gdi.h"
 
@@ -8,7 +9,10 @@ namespace uc::ui {
 
 UniqueHBitmap CaptureWindow(HWND hwnd) {
     if (!hwnd || !::IsWindow(hwnd) || !::IsWindowVisible(hwnd)) return {};
-    ::RedrawWindow(hwnd, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN | RDW_UPDATENOW);
+    const bool ownThread = ::GetWindowThreadProcessId(hwnd, nullptr) == ::GetCurrentThreadId();
+    if (ownThread) {
+        ::RedrawWindow(hwnd, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN | RDW_UPDATENOW);
+    }
     RECT r{};
     ::GetWindowRect(hwnd, &r);
     const int w = r.right - r.left, h = r.bottom - r.top;
@@ -18,7 +22,11 @@ UniqueHBitmap CaptureWindow(HWND hwnd) {
     UniqueHBitmap bitmap(::CreateCompatibleBitmap(source, w, h));
     {
         SelectObjectGuard selected(memory.get(), bitmap.get());
-        if (!::BitBlt(memory.get(), 0, 0, w, h, source, 0, 0, SRCCOPY)) return {};
+        // Another thread's window may be repainting its surface while it is read: it draws itself into the picture
+        // instead (WM_PRINT, served by its own thread before PrintWindow returns).
+        const BOOL drawn = ownThread ? ::BitBlt(memory.get(), 0, 0, w, h, source, 0, 0, SRCCOPY)
+                                     : ::PrintWindow(hwnd, memory.get(), 0);
+        if (!drawn) return {};
     }
     return bitmap;
 }
@@ -44,18 +52,8 @@ Pixels ReadPixels(HBITMAP bitmap) {
 }
 
 bool SavePng(HBITMAP bitmap, const std::wstring& path) {
-    using namespace Gdiplus;
-    UINT count = 0, size = 0;
-    if (GetImageEncodersSize(&count, &size) != Ok || size == 0) return false;
-    std::vector<unsigned char> buffer(size);
-    auto* codecs = reinterpret_cast<ImageCodecInfo*>(buffer.data());
-    if (GetImageEncoders(count, size, codecs) != Ok) return false;
-    for (UINT i = 0; i < count; ++i) {
-        if (std::wstring(codecs[i].MimeType) != L"image/png") continue;
-        Bitmap picture(bitmap, nullptr);
-        return picture.GetLastStatus() == Ok && picture.Save(path.c_str(), &codecs[i].Clsid, nullptr) == Ok;
-    }
-    return false;
+    Gdiplus::Bitmap picture(bitmap, nullptr);
+    return picture.GetLastStatus() == Gdiplus::Ok && SaveImage(picture, path, L"image/png");
 }
 
 }  // namespace uc::ui

@@ -20,8 +20,9 @@ struct Pixels {
     std::uint32_t At(int x, int y) const { return rgb[static_cast<std::size_t>(y) * width + x]; }
 };
 
-// Repaints `hwnd` with all its children now (also when it belongs to another thread, whose loop serves the
-// paint) and copies the whole window, frame included, into a new bitmap. Null for a hidden or missing window.
+// Repaints `hwnd` with all its children now and copies the whole window, frame included, into a new bitmap. A
+// window of another thread draws itself into the bitmap (WM_PRINT: frame, background and WM_PRINTCLIENT, not its
+// child controls). Null for a hidden or missing window.
 UC_API UniqueHBitmap CaptureWindow(HWND hwnd);
 UC_API Pixels ReadPixels(HBITMAP bitmap);
 // Saves as PNG; GDI+ must be running. False when it cannot be written.

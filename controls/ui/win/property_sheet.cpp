@@ -9,6 +9,11 @@ namespace uc::ui {
 namespace {
 // The sheet whose PropertySheetW call runs on this thread (the creation callback carries no context).
 thread_local PropertySheet* t_opening = nullptr;
+// Posted when the sheet is bound; whichever comes first of it and the sheet's first showing runs OnInitDialog.
+UINT SheetReadyMessage() {
+    static const UINT msg = ::RegisterWindowMessageW(L"uc.ui.PropertySheet.ready");
+    return msg;
+}
 }  // namespace
 
 const DLGTEMPLATE* PropertyPage::Template() const {
@@ -18,7 +23,7 @@ const DLGTEMPLATE* PropertyPage::Template() const {
 
 PROPSHEETPAGEW PropertyPage::Describe() {
     PROPSHEETPAGEW page{};
-    page.dwSize = PROPSHEETPAGEW_V1_SIZE;  // understood by every common-controls version
+    page.dwSize = sizeof page;  // also the stride the sheet walks the page array with
     page.pfnDlgProc = &PageProc;
     page.lParam = reinterpret_cast<LPARAM>(this);
     page.dwFlags = PSP_DEFAULT;
@@ -93,18 +98,40 @@ int CALLBACK PropertySheet::SheetCallback(HWND hwnd, UINT msg, LPARAM lp) {
     if (!self) return 0;
     try {
         if (msg == PSCB_PRECREATE && lp) self->OnSheetCreating(reinterpret_cast<DLGTEMPLATE*>(lp));
-        if (msg == PSCB_INITIALIZED && self->Subclass(hwnd)) self->OnInitDialog();
+        // The first page does not exist yet when the sheet says it is initialised: the sheet's own initialisation
+        // creates it after this callback, so OnInitDialog waits for the sheet to be shown (or the posted note).
+        if (msg == PSCB_INITIALIZED && self->Subclass(hwnd)) {
+            self->m_initPending = true;
+            ::PostMessageW(hwnd, SheetReadyMessage(), 0, 0);
+        }
     } catch (...) {
         UC_LOG(zelLogger::Failure)(L"property sheet '%s': exception while it was created", self->m_caption.c_str());
     }
     return 0;
 }
 
+void PropertySheet::RunInit() {
+    if (!m_initPending) return;
+    m_initPending = false;
+    OnInitDialog();
+}
+
 LRESULT PropertySheet::WindowProc(UINT msg, WPARAM wp, LPARAM lp) {
+    if (msg == SheetReadyMessage()) {
+        RunInit();
+        return 0;
+    }
+    if (msg == WM_SHOWWINDOW && wp) RunInit();
+    if (msg == WM_WINDOWPOSCHANGING && (reinterpret_cast<WINDOWPOS*>(lp)->flags & SWP_SHOWWINDOW)) RunInit();
     if (msg == WM_COMMAND && HIWORD(wp) == BN_CLICKED) {
         const UINT id = LOWORD(wp);
         if (id == IDOK || id == 12325 /* Finish */) m_closedWith = IDOK;
         if (id == IDCANCEL) m_closedWith = IDCANCEL;
+    }
+    // A button pressed through the sheet (PSM_PRESSBUTTON) closes it without a WM_COMMAND reaching this window.
+    if (msg == PSM_PRESSBUTTON) {
+        if (wp == PSBTN_OK || wp == PSBTN_FINISH) m_closedWith = IDOK;
+        if (wp == PSBTN_CANCEL) m_closedWith = IDCANCEL;
     }
     return Window::WindowProc(msg, wp, lp);
 }

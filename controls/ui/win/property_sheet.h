@@ -53,7 +53,7 @@ public:
 protected:
     // Before the sheet window is created: `tmpl` is its template, whose style may still be changed.
     virtual void OnSheetCreating(DLGTEMPLATE* tmpl) {}
-    // The sheet is bound and its first page exists. Return value as for WM_INITDIALOG.
+    // The sheet is bound, its first page exists, and it has not been shown yet.
     virtual BOOL OnInitDialog() { return TRUE; }
     // Fills the PROPSHEETHEADER just before the sheet is created (after the page array is built).
     virtual void BuildPropPageArray() {}
@@ -67,8 +67,10 @@ protected:
 
 private:
     static int CALLBACK SheetCallback(HWND hwnd, UINT msg, LPARAM lp);
+    void RunInit();
     DWORD m_flags = 0;
     INT_PTR m_closedWith = IDCANCEL;
+    bool m_initPending = false;
 };
 
 }  // namespace uc::ui

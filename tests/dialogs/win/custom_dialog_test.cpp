@@ -42,6 +42,7 @@ protected:
     BOOL OnInitDialog() override {
         if (beforeInit) beforeInit(*this);
         const BOOL r = CCustomDialog::OnInitDialog();
+        uc::test::ArmWatchdog(m_hWnd);
         Post(kRunSteps);
         return r;
     }
@@ -126,19 +127,7 @@ TEST_F(CustomDialogTest, OpensTranslatedTitledAndCentredInTheDialogArea) {
     EXPECT_EQ(d.DoModal(), IDOK);
 }
 
-TEST_F(CustomDialogTest, WithoutTitleNoLabelButControlsStillTranslated) {
-    uc::SetLocalisedString("Apply", L"Anwenden");
-    TestDialog d;
-    d.m_showTitle = FALSE;
-    d.steps = [](TestDialog& self) {
-        EXPECT_EQ(self.Item(uc::ui::kTitleLabelId), nullptr);
-        EXPECT_EQ(uc::test::TextOf(self.Item(uc::test::kApplyId)), L"Anwenden");
-        self.EndDialog(IDOK);
-    };
-    EXPECT_EQ(d.DoModal(), IDOK);
-}
-
-TEST_F(CustomDialogTest, ATitleAlreadyShownIsNeverOverwritten) {
+TEST_F(CustomDialogTest, ATitleShownIsNeverOverwrittenAndWithoutTitleControlsAreStillTranslated) {
     TestDialog d;
     d.m_title = L"First";
     d.steps = [](TestDialog& self) {
@@ -150,6 +139,16 @@ TEST_F(CustomDialogTest, ATitleAlreadyShownIsNeverOverwritten) {
         self.EndDialog(IDOK);
     };
     EXPECT_EQ(d.DoModal(), IDOK);
+
+    uc::SetLocalisedString("Apply", L"Anwenden");
+    TestDialog untitled;
+    untitled.m_showTitle = FALSE;
+    untitled.steps = [](TestDialog& self) {
+        EXPECT_EQ(self.Item(uc::ui::kTitleLabelId), nullptr);
+        EXPECT_EQ(uc::test::TextOf(self.Item(uc::test::kApplyId)), L"Anwenden");
+        self.EndDialog(IDOK);
+    };
+    EXPECT_EQ(untitled.DoModal(), IDOK);
 }
 
 // The console's touch-panel window: records the two notifications and answers the first.
@@ -204,20 +203,19 @@ TEST_F(CustomDialogTest, TouchPanelHearsOpenWithTheDialogAndDestroy) {
     TestDialog quiet;
     EXPECT_EQ(quiet.DoModal(), IDOK);
     EXPECT_TRUE(touch.received.empty());
-}
 
-TEST_F(CustomDialogTest, StaleOrMissingTouchWindowIsSkipped) {
+    // A stale or missing touch window is skipped.
     HWND stale = nullptr;
     {
         uc::test::ForeignWindow gone;
         stale = gone.hwnd;
     }
-    for (HWND touch : {stale, static_cast<HWND>(nullptr)}) {
-        CCustomDialog::m_touch = touch;
-        TestDialog d;
-        d.m_touchNotify = TRUE;
-        EXPECT_EQ(d.DoModal(), IDOK);
-        EXPECT_EQ(d.TouchReply(), 0);
+    for (HWND gone : {stale, static_cast<HWND>(nullptr)}) {
+        CCustomDialog::m_touch = gone;
+        TestDialog skipped;
+        skipped.m_touchNotify = TRUE;
+        EXPECT_EQ(skipped.DoModal(), IDOK);
+        EXPECT_EQ(skipped.TouchReply(), 0);
     }
 }
 
@@ -248,45 +246,9 @@ TEST_F(CustomDialogTest, AltF4FromTheKeyboardLeavesTheDialogOpen) {
     EXPECT_EQ(d.cancels, 0) << "and did not cancel it";
 }
 
-TEST_F(CustomDialogTest, FlatBackgroundColourAndTransparentControlText) {
+TEST_F(CustomDialogTest, FlatBackgroundTransparentControlTextAndOnDrawWithThePaintDC) {
     TestDialog d;
     d.SetBkColor(RGB(10, 40, 90));
-    d.m_showTitle = FALSE;
-    d.steps = [](TestDialog& self) {
-        ::ShowWindow(self.GetHwnd(), SW_SHOW);
-        auto picture = uc::ui::CaptureWindow(self.GetHwnd());
-        const uc::ui::Pixels px = uc::ui::ReadPixels(picture.get());
-        ASSERT_GT(px.width, 0);
-        POINT free{self.ClientRect().right - 3, self.ClientRect().bottom - 3};
-        ::ClientToScreen(self.GetHwnd(), &free);
-        const RECT w = self.WindowRect();
-        EXPECT_EQ(px.At(free.x - w.left, free.y - w.top), 0x0A285Au) << "erased with the dialog's colour";
-
-        uc::ui::WindowDC screen(nullptr);
-        uc::UniqueHdc dc(::CreateCompatibleDC(screen));
-        ::SetBkMode(dc.get(), OPAQUE);
-        ::SendMessageW(self.GetHwnd(), WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(dc.get()),
-                       reinterpret_cast<LPARAM>(self.Item(uc::test::kPlainId)));
-        EXPECT_EQ(::GetBkMode(dc.get()), TRANSPARENT);
-        self.EndDialog(IDOK);
-    };
-    EXPECT_EQ(d.DoModal(), IDOK);
-
-    TestDialog plain;
-    plain.steps = [](TestDialog& self) {
-        uc::ui::WindowDC screen(nullptr);
-        uc::UniqueHdc dc(::CreateCompatibleDC(screen));
-        ::SetBkMode(dc.get(), OPAQUE);
-        ::SendMessageW(self.GetHwnd(), WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(dc.get()),
-                       reinterpret_cast<LPARAM>(self.Item(uc::test::kPlainId)));
-        EXPECT_EQ(::GetBkMode(dc.get()), OPAQUE) << "without a colour the controls keep their background";
-        self.EndDialog(IDOK);
-    };
-    EXPECT_EQ(plain.DoModal(), IDOK);
-}
-
-TEST_F(CustomDialogTest, OnDrawPaintsWithThePaintDC) {
-    TestDialog d;
     d.m_showTitle = FALSE;
     d.draw = [](uc::ui::PaintDC& dc) {
         RECT r{2, 2, 8, 8};
@@ -295,15 +257,21 @@ TEST_F(CustomDialogTest, OnDrawPaintsWithThePaintDC) {
     };
     d.steps = [](TestDialog& self) {
         ::ShowWindow(self.GetHwnd(), SW_SHOW);
-        auto picture = uc::ui::CaptureWindow(self.GetHwnd());
-        const uc::ui::Pixels px = uc::ui::ReadPixels(picture.get());
-        POINT at{5, 5};
-        ::ClientToScreen(self.GetHwnd(), &at);
-        const RECT w = self.WindowRect();
-        EXPECT_EQ(px.At(at.x - w.left, at.y - w.top), 0xFF0000u);
+        const RECT c = self.ClientRect();
+        EXPECT_EQ(uc::test::ClientPixel(self.GetHwnd(), {c.right - 3, c.bottom - 3}), 0x0A285Au) << "the dialog's colour";
+        EXPECT_EQ(uc::test::ClientPixel(self.GetHwnd(), {5, 5}), 0xFF0000u) << "what OnDraw painted";
+        EXPECT_EQ(uc::test::BkModeAfterCtlColor(self.GetHwnd(), self.Item(uc::test::kPlainId)), TRANSPARENT);
         self.EndDialog(IDOK);
     };
     EXPECT_EQ(d.DoModal(), IDOK);
+
+    TestDialog plain;
+    plain.steps = [](TestDialog& self) {
+        EXPECT_EQ(uc::test::BkModeAfterCtlColor(self.GetHwnd(), self.Item(uc::test::kPlainId)), OPAQUE)
+            << "without a colour the controls keep their background";
+        self.EndDialog(IDOK);
+    };
+    EXPECT_EQ(plain.DoModal(), IDOK);
 }
 
 TEST_F(CustomDialogTest, CursorIsVisibleWhileModalAndHiddenAgainAfter) {
@@ -374,36 +342,33 @@ TEST_F(CustomDialogTest, DriveListOffersNeitherSystemDriveAndStartsWithTheNetwor
         EXPECT_NE(::SendMessageW(combo, CBEM_GETIMAGELIST, 0, 0), 0) << "the system's small icons";
         const int count = static_cast<int>(::SendMessageW(combo, CB_GETCOUNT, 0, 0));
         ASSERT_GE(count, 1);
-        COMBOBOXEXITEMW item{};
         wchar_t text[MAX_PATH] = {};
+        COMBOBOXEXITEMW item{};
         item.mask = CBEIF_TEXT | CBEIF_LPARAM;
         item.pszText = text;
         item.cchTextMax = MAX_PATH;
-        item.iItem = 0;
-        ASSERT_TRUE(::SendMessageW(combo, CBEM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item)));
+        auto itemAt = [&](int i) {
+            item.iItem = i;
+            return ::SendMessageW(combo, CBEM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item)) != 0;
+        };
+        ASSERT_TRUE(itemAt(0));
         EXPECT_STREQ(text, L"Network");
         EXPECT_EQ(item.lParam, 0);
-        int drives = 0;
         for (int i = 1; i < count; ++i) {
-            item.iItem = i;
-            ASSERT_TRUE(::SendMessageW(combo, CBEM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item)));
+            ASSERT_TRUE(itemAt(i));
             const auto* root = reinterpret_cast<const std::wstring*>(item.lParam);
             ASSERT_NE(root, nullptr);
-            EXPECT_NE(*root, L"C:\\");
-            EXPECT_NE(*root, L"D:\\");
-            EXPECT_EQ(root->size(), 3u);
-            ++drives;
+            EXPECT_TRUE(*root != L"C:\\" && *root != L"D:\\" && root->size() == 3u) << *root;
         }
         // Wine maps Z: to the file system's root, a fixed drive: it is offered.
         if (::GetDriveTypeW(L"Z:\\") == DRIVE_FIXED) {
-            EXPECT_GE(drives, 1);
+            EXPECT_GE(count, 2);
         }
         CCustomDialog::ReleaseDriveItems(combo);
         EXPECT_EQ(::SendMessageW(combo, CB_GETCOUNT, 0, 0), 0);
 
         self.AddRemovableDrives(combo, nullptr);
-        item.iItem = 0;
-        if (::SendMessageW(combo, CBEM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item))) {
+        if (itemAt(0)) {
             EXPECT_NE(item.lParam, 0) << "without a network key the first item is a drive";
         }
         CCustomDialog::ReleaseDriveItems(combo);

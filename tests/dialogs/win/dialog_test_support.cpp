@@ -3,6 +3,7 @@
 
 #include <commctrl.h>
 
+#include "platform/win/handles.h"
 #include "ui/win/dialog.h"
 
 namespace uc::test {
@@ -18,6 +19,28 @@ std::vector<WORD> ConsoleTemplate() {
         .Add(L"STATIC", L"", kGroupId, WS_CHILD | WS_VISIBLE, 10, 75, 100, 20)
         .Add(L"ComboBoxEx32", L"", kDrivesId, WS_CHILD | WS_VISIBLE | CBS_DROPDOWNLIST, 120, 60, 130, 80);
     return t.Words();
+}
+
+int BkModeAfterCtlColor(HWND dialog, HWND control) {
+    uc::UniqueHdc dc(::CreateCompatibleDC(nullptr));
+    ::SetBkMode(dc.get(), OPAQUE);
+    ::SendMessageW(dialog, WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(dc.get()), reinterpret_cast<LPARAM>(control));
+    return ::GetBkMode(dc.get());
+}
+
+std::uint32_t ClientPixel(HWND hwnd, POINT at) {
+    const uc::ui::Pixels px = uc::ui::ReadPixels(uc::ui::CaptureWindow(hwnd).get());
+    RECT w{};
+    ::GetWindowRect(hwnd, &w);
+    ::ClientToScreen(hwnd, &at);
+    return px.width ? px.At(at.x - w.left, at.y - w.top) : 0xFFFFFFFFu;
+}
+
+int DarkPixels(const uc::ui::Pixels& px, const RECT& r) {
+    int dark = 0;
+    for (int y = r.top; y < r.bottom; ++y)
+        for (int x = r.left; x < r.right; ++x) dark += (px.At(x, y) & 0xFF) < 0x60 ? 1 : 0;
+    return dark;
 }
 
 void ClickWithMouseMessages(HWND hwnd) {
@@ -50,5 +73,18 @@ void PressAltF4() {
     in[3].ki.dwFlags = KEYEVENTF_KEYUP;
     ::SendInput(4, in, sizeof(INPUT));
 }
+
+namespace {
+void CALLBACK Watchdog(HWND hwnd, UINT, UINT_PTR id, DWORD) {
+    ::KillTimer(hwnd, id);
+    if (::SendMessageW(hwnd, PSM_GETTABCONTROL, 0, 0)) {
+        ::PostMessageW(hwnd, PSM_PRESSBUTTON, PSBTN_CANCEL, 0);  // a property sheet
+    } else {
+        ::EndDialog(hwnd, kWatchdogResult);
+    }
+}
+}  // namespace
+
+void ArmWatchdog(HWND hwnd) { ::SetTimer(hwnd, 0x7E57, 20000, &Watchdog); }
 
 }  // namespace uc::test

@@ -7,10 +7,12 @@
 #include <map>
 
 #include "export/simulator/block_file.h"
+#include "export/starburn_api.h"
 #include "export/simulator/file_tree.h"
 #include "export/simulator/iso_names.h"
 #include "export/simulator/iso_reader.h"
 #include "simulator/starburn_client.h"
+#include "platform/text.h"
 #include "support/temp_dir.h"
 
 namespace uc::test {
@@ -59,12 +61,18 @@ std::map<std::string, std::string> ReadImage(const fs::path& image, std::string*
 class DiscLibraryTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(client.Loaded()) << PathUtf8(fs::path(client.Library().LastError()));
-        root = disc::PathFromUtf8(disc::Utf16ToUtf8(std::u16string(temp.path().begin(), temp.path().end())));
+        ASSERT_TRUE(client.Loaded()) << uc::ToUtf8(client.lib.Problem());
+        root = uc::ToFsPath(temp.path());
         image = root / "disc.iso";
         Use("medium=cd-r");
     }
     void Use(const std::string& settings) { SetWriterSettings("image=" + PathUtf8(image) + ";" + settings); }
+    // A new blank medium.
+    void Fresh(const std::string& settings) {
+        fs::remove(image);
+        fs::remove(image.string() + ".medium");
+        Use(settings);
+    }
     fs::path Folder(const std::string& name, std::map<std::string, std::string> files) {
         const fs::path base = root / "source" / disc::PathFromUtf8(name);
         for (const auto& [rel, bytes] : files) {
@@ -90,7 +98,7 @@ TEST_F(DiscLibraryTest, BurnsATreeWithDeepLongAndNonAsciiNamesThatReadsBackExact
                                               {longName, "long"},
                                               {deep, "deep"}});
     BurnOutcome r = client.Burn({study});
-    ASSERT_TRUE(r.Ok()) << r.step << ": " << r.text;
+    ASSERT_TRUE(r.ok()) << r.step << ": " << r.text;
 
     std::string why;
     const auto files = ReadImage(image, &why);
@@ -102,87 +110,71 @@ TEST_F(DiscLibraryTest, BurnsATreeWithDeepLongAndNonAsciiNamesThatReadsBackExact
     EXPECT_EQ(files.at("/Study 1/" + deep), "deep");
     EXPECT_EQ(files.size(), 16u);  // 5 files, 11 folders
 
-    STARBURN_DISC_INFORMATION disc{};
-    STARBURN_TRACK_INFORMATION next{};
-    DISC_TYPE type{};
-    ASSERT_TRUE(client.Inspect(disc, next, type).Ok());
-    EXPECT_EQ(type, DISC_TYPE_CDR);
-    EXPECT_EQ(disc.m__UCHAR__DiscStatus, DISC_STATUS_INCOMPLETE);
-    EXPECT_FALSE(disc.m__BOOLEAN__IsErasable);
-    EXPECT_EQ(next.m__LONG__NextWritableAddress, 304);  // CD tracks take at least 300 blocks, starts align to 16
-    EXPECT_EQ(next.m__LONG__FreeLBs, 359847 - 304);
+    const DiscFacts disc = client.Inspect();
+    ASSERT_TRUE(disc.outcome.ok());
+    EXPECT_EQ(disc.type, DISC_TYPE_CDR);
+    EXPECT_EQ(disc.info.discStatus, DISC_STATUS_INCOMPLETE);
+    EXPECT_FALSE(disc.info.erasable);
+    EXPECT_EQ(disc.next.nextWritableAddress, 304);  // CD tracks take at least 300 blocks, starts align to 16
+    EXPECT_EQ(disc.next.freeBlocks, 359847 - 304);
 }
 
 TEST_F(DiscLibraryTest, AppendedSessionKeepsOldFilesAndReplacesRenewedOnes) {
     const fs::path first = Folder("A", {{"one.txt", "first one"}, {"keep/two.txt", "two"}});
-    ASSERT_TRUE(client.Burn({first}).Ok());
+    ASSERT_TRUE(client.Burn({first}).ok());
     const fs::path second = Folder("B", {{"three.txt", std::string(70000, 'c')}});
-    const fs::path renewed = Folder("2/A", {{"one.txt", "second one"}});
+    const fs::path renewed = Folder("2/A", {{"One.TXT", "second one"}});  // names differing only in case are one
     BurnOutcome r = client.Burn({second, renewed}, /*append=*/true);
-    ASSERT_TRUE(r.Ok()) << r.step << ": " << r.text;
+    ASSERT_TRUE(r.ok()) << r.step << ": " << r.text;
 
     const auto files = ReadImage(image);
-    EXPECT_EQ(files.at("/A/one.txt"), "second one");
+    EXPECT_EQ(files.at("/A/One.TXT"), "second one");
+    EXPECT_EQ(files.count("/A/one.txt"), 0u);
     EXPECT_EQ(files.at("/A/keep/two.txt"), "two");
     EXPECT_EQ(files.at("/B/three.txt"), std::string(70000, 'c'));
 
-    STARBURN_DISC_INFORMATION disc{};
-    STARBURN_TRACK_INFORMATION next{};
-    DISC_TYPE type{};
-    ASSERT_TRUE(client.Inspect(disc, next, type).Ok());
-    EXPECT_EQ(disc.m__UCHAR__NumberOfSessions, 2);
+    EXPECT_EQ(client.Inspect().info.sessions, 2);
 }
 
 TEST_F(DiscLibraryTest, ClosedDiscTakesNoSessionUnlessItIsRestrictedOverwrite) {
     const fs::path a = Folder("A", {{"a.txt", "a"}});
-    ASSERT_TRUE(client.Burn({a}, false, /*close=*/true).Ok());
-    STARBURN_DISC_INFORMATION disc{};
-    STARBURN_TRACK_INFORMATION next{};
-    DISC_TYPE type{};
-    ASSERT_TRUE(client.Inspect(disc, next, type).Ok());
-    EXPECT_EQ(disc.m__UCHAR__DiscStatus, DISC_STATUS_COMPLETE);
-    EXPECT_EQ(next.m__LONG__FreeLBs, 0);
+    ASSERT_TRUE(client.Burn({a}, false, /*close=*/true).ok());
+    const DiscFacts disc = client.Inspect();
+    EXPECT_EQ(disc.info.discStatus, DISC_STATUS_COMPLETE);
+    EXPECT_EQ(disc.next.freeBlocks, 0);
     BurnOutcome r = client.Burn({a}, true);
     EXPECT_EQ(r.step, "TrackAtOnceFromTree");
     EXPECT_EQ(r.exception, EN_SCSI_CDB_FAILED);
-    EXPECT_EQ(r.cdb.m__UCHAR__Sense[2], 0x05);
+    EXPECT_EQ(r.senseKey, 0x05);
 
-    fs::remove(image);
-    fs::remove(image.string() + ".medium");
-    Use("medium=dvd-rw-ro");
-    ASSERT_TRUE(client.Burn({a}, false, true).Ok());
+    Fresh("medium=dvd-rw-ro");
+    ASSERT_TRUE(client.Burn({a}, false, true).ok());
     r = client.Burn({Folder("B", {{"b.txt", "b"}})}, true);
-    ASSERT_TRUE(r.Ok()) << r.step << ": " << r.text;
+    ASSERT_TRUE(r.ok()) << r.step << ": " << r.text;
     EXPECT_EQ(ReadImage(image).count("/A/a.txt"), 1u);
 }
 
 TEST_F(DiscLibraryTest, RewritableMediaEraseAndWriteOnceMediaRefuse) {
-    ASSERT_TRUE(client.Burn({Folder("A", {{"a.txt", "a"}})}).Ok());
+    ASSERT_TRUE(client.Burn({Folder("A", {{"a.txt", "a"}})}).ok());
     BurnOutcome r = client.Erase();
     EXPECT_EQ(r.exception, EN_INVALID_STATE) << r.text;
-    Use("medium=cd-rw");
-    fs::remove(image.string() + ".medium");
-    ASSERT_TRUE(client.Burn({Folder("A", {{"a.txt", "a"}})}).Ok());
-    ASSERT_TRUE(client.Erase().Ok());
-    STARBURN_DISC_INFORMATION disc{};
-    STARBURN_TRACK_INFORMATION next{};
-    DISC_TYPE type{};
-    ASSERT_TRUE(client.Inspect(disc, next, type).Ok());
-    EXPECT_EQ(disc.m__UCHAR__DiscStatus, DISC_STATUS_EMPTY);
-    EXPECT_TRUE(disc.m__BOOLEAN__IsErasable);
+    Fresh("medium=cd-rw");
+    ASSERT_TRUE(client.Burn({Folder("A", {{"a.txt", "a"}})}).ok());
+    ASSERT_TRUE(client.Erase().ok());
+    const DiscFacts disc = client.Inspect();
+    EXPECT_EQ(disc.info.discStatus, DISC_STATUS_EMPTY);
+    EXPECT_TRUE(disc.info.erasable);
     EXPECT_EQ(fs::file_size(image), 0u);
 }
 
-struct FaultCase {
-    const char* settings;
-    const char* step;
-    EXCEPTION_NUMBER exception;
-    std::uint8_t senseKey;
-    bool imageReadable;  // what a reader sees in the medium afterwards
-};
-
 TEST_F(DiscLibraryTest, FaultsFailTheRightStepAndLeaveNoReadableHalfSession) {
-    const FaultCase cases[] = {
+    const struct {
+        const char* settings;
+        const char* step;
+        EXCEPTION_NUMBER exception;
+        std::uint8_t senseKey;
+        bool imageReadable;  // what a reader sees in the medium afterwards
+    } cases[] = {
         {"fault.no-medium=yes", "TestUnitReady", EN_SCSI_CDB_FAILED, 0x02, false},
         {"medium=none", "TestUnitReady", EN_SCSI_CDB_FAILED, 0x02, false},
         {"fault.write-error=50%", "TrackAtOnceFromTree", EN_SCSI_CDB_FAILED, 0x03, false},
@@ -194,17 +186,13 @@ TEST_F(DiscLibraryTest, FaultsFailTheRightStepAndLeaveNoReadableHalfSession) {
         {"fault.opc=yes;fault.speeds=yes", "", EN_SUCCESS, 0, true},  // neither is part of this flow's failure
     };
     const fs::path study = Folder("S", {{"big.bin", std::string(300000, 'x')}});
-    for (const FaultCase& c : cases) {
-        fs::remove(image);
-        fs::remove(image.string() + ".medium");
-        Use(std::string("medium=dvd+r;") + c.settings);
+    for (const auto& c : cases) {
+        Fresh(std::string("medium=dvd+r;") + c.settings);
         BurnOutcome r = client.Burn({study});
         EXPECT_EQ(r.step, c.step) << c.settings << ": " << r.text;
         EXPECT_EQ(r.exception, c.exception) << c.settings;
         EXPECT_FALSE(c.exception != EN_SUCCESS && r.text.empty()) << c.settings;
-        if (c.senseKey) {
-            EXPECT_EQ(r.cdb.m__UCHAR__Sense[2], c.senseKey) << c.settings;
-        }
+        EXPECT_EQ(r.senseKey, c.senseKey) << c.settings;
         std::string why;
         EXPECT_EQ(!ReadImage(image, &why).empty(), c.imageReadable) << c.settings << ": " << why;
     }
@@ -212,80 +200,56 @@ TEST_F(DiscLibraryTest, FaultsFailTheRightStepAndLeaveNoReadableHalfSession) {
 
 TEST_F(DiscLibraryTest, UnitBecomingReadyAnswersReadyLater) {
     Use("fault.not-ready=2");
-    PVOID burner = nullptr;
-    char text[256];
-    ULONG status = 0;
-    CDB_FAILURE_INFORMATION cdb{};
-    ASSERT_EQ(client.StarBurn_CdvdBurnerGrabber_Create(&burner, text, sizeof text, &status, &cdb, nullptr, nullptr, 0, 0, 0, 0, 0),
-              EN_SUCCESS);
+    uc::exporting::DiscObject burner = nullptr;
+    ASSERT_TRUE(client.lib.CreateBurner({}, burner, nullptr).ok());
     for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(client.StarBurn_CdvdBurnerGrabber_TestUnitReady(burner, text, sizeof text, &status, &cdb), EN_SCSI_CDB_FAILED);
-        EXPECT_EQ(cdb.m__UCHAR__Sense[12], 0x04);  // "becoming ready"
+        const auto r = client.lib.TestUnitReady(burner);
+        EXPECT_EQ(r.exception, EN_SCSI_CDB_FAILED);
+        EXPECT_EQ(r.senseKey * 0x10000 + r.asc * 0x100 + r.ascq, 0x020401);  // "becoming ready"
     }
-    EXPECT_EQ(client.StarBurn_CdvdBurnerGrabber_TestUnitReady(burner, text, sizeof text, &status, &cdb), EN_SUCCESS);
-    EXPECT_FALSE(cdb.m__BOOLEAN__IsValid);
-    client.StarBurn_Destroy(&burner);
+    const auto ready = client.lib.TestUnitReady(burner);
+    EXPECT_TRUE(ready.ok() && ready.senseKey == 0);
+    client.lib.Destroy(burner);
     EXPECT_EQ(burner, nullptr);
 }
 
 TEST_F(DiscLibraryTest, BadInputGivesClearFailures) {
     // A configuration mistake names its line; nothing is opened.
-    SetWriterSettings("image=" + PathUtf8(image) + ";medium=floppy");
+    Use("medium=floppy");
     BurnOutcome r = client.Burn({root});
     EXPECT_EQ(r.step, "Create");
     EXPECT_NE(r.text.find("floppy"), std::string::npos) << r.text;
 
     // A device that does not exist.
     Use("devices=1");
-    PVOID burner = nullptr;
-    char text[256] = {};
-    ULONG status = 0;
-    EXPECT_EQ(client.StarBurn_CdvdBurnerGrabber_Create(&burner, text, sizeof text, &status, nullptr, nullptr, nullptr, 0, 0, 3, 0, 0),
-              EN_NOT_FOUND);
+    uc::exporting::DiscObject burner = nullptr, tree = nullptr, added = nullptr;
+    EXPECT_EQ(client.lib.CreateBurner({0, 0, 3, 0}, burner, nullptr).exception, EN_NOT_FOUND);
     EXPECT_EQ(burner, nullptr);
-    ULONG found = client.StarBurn_FindDevice(SCSI_DEVICE_RO_DIRECT_ACCESS, FALSE, nullptr, nullptr);
-    EXPECT_EQ(found, 1u);
+    EXPECT_EQ(client.lib.FindDevices().size(), 1u);
 
     // Names Joliet cannot hold, missing sources, and a source that vanishes between building and writing.
-    PVOID tree = nullptr;
-    ASSERT_EQ(client.StarBurn_ISO9660FileTree_Create(&tree, text, sizeof text, &status, nullptr, nullptr, FALSE, FALSE, TRUE,
-                                                     FILE_TREE_JOLIET),
-              EN_SUCCESS);
-    std::string tooLong(65, 'n');
-    EXPECT_EQ(client.StarBurn_ISO9660JolietFileTree_Add(tree, text, sizeof text, &status, nullptr, tooLong.data(),
-                                                        FILE_TIME_LAST_WRITE, nullptr, nullptr),
-              EN_PATH_TOO_LONG);
-    std::string missing = PathUtf8(root / "no such folder");
-    EXPECT_NE(client.StarBurn_ISO9660JolietFileTree_Add(tree, text, sizeof text, &status, missing.data(), nullptr,
-                                                        FILE_TIME_LAST_WRITE, nullptr, nullptr),
-              EN_SUCCESS);
-    EXPECT_NE(std::string(text).find("no such folder"), std::string::npos) << text;
+    ASSERT_TRUE(client.lib.CreateTree(tree).ok());
+    EXPECT_EQ(client.lib.AddFolder(tree, nullptr, std::string(65, 'n'), added).exception, EN_PATH_TOO_LONG);
+    r.text = client.lib.AddFromDisk(tree, nullptr, PathUtf8(root / "no such folder"), "", added).text;
+    EXPECT_NE(r.text.find("no such folder"), std::string::npos) << r.text;
     const fs::path vanishing = Folder("V", {{"gone.bin", std::string(10000, 'g')}});
-    std::string source = PathUtf8(vanishing);
-    ASSERT_EQ(client.StarBurn_ISO9660JolietFileTree_Add(tree, text, sizeof text, &status, source.data(), nullptr,
-                                                        FILE_TIME_LAST_WRITE, nullptr, nullptr),
-              EN_SUCCESS);
-    char volume[] = "V";
-    ASSERT_EQ(client.StarBurn_ISO9660FileTree_BuildImage(tree, text, sizeof text, &status, 0, 8, FALSE, volume, volume, volume),
-              EN_SUCCESS);
+    ASSERT_TRUE(client.lib.AddFromDisk(tree, nullptr, PathUtf8(vanishing), "", added).ok());
+    ASSERT_TRUE(client.lib.BuildImage(tree, 0, "V", "V", "V").ok());
     fs::remove(vanishing / "gone.bin");
-    ASSERT_EQ(client.StarBurn_CdvdBurnerGrabber_Create(&burner, text, sizeof text, &status, nullptr, nullptr, nullptr, 0, 0, 0, 0, 0),
-              EN_SUCCESS);
-    EXPECT_NE(client.StarBurn_CdvdBurnerGrabber_TrackAtOnceFromTree(burner, text, sizeof text, &status, nullptr, tree, FALSE,
-                                                                    FALSE, TRUE, 1, 5),
-              EN_SUCCESS);
-    EXPECT_NE(std::string(text).find("gone.bin"), std::string::npos) << text;
-    client.StarBurn_Destroy(&tree);
-    client.StarBurn_Destroy(&burner);
+    ASSERT_TRUE(client.lib.CreateBurner({}, burner, nullptr).ok());
+    r.text = client.lib.TrackAtOnceFromTree(burner, tree, true).text;
+    EXPECT_NE(r.text.find("gone.bin"), std::string::npos) << r.text;
+    client.lib.Destroy(tree);
+    client.lib.Destroy(burner);
     EXPECT_TRUE(ReadImage(image).empty());
 }
 
 TEST_F(DiscLibraryTest, AnImageFromElsewhereCanBeTheAppendableDiscAndADamagedStateIsRefused) {
-    ASSERT_TRUE(client.Burn({Folder("Old", {{"old.txt", "old"}})}).Ok());
+    ASSERT_TRUE(client.Burn({Folder("Old", {{"old.txt", "old"}})}).ok());
     fs::remove(image.string() + ".medium");  // only the image is left, as if another program had written it
     Use("medium=dvd+r;state=appendable");
     BurnOutcome r = client.Burn({Folder("New", {{"new.txt", "new"}})}, /*append=*/true);
-    ASSERT_TRUE(r.Ok()) << r.step << ": " << r.text;
+    ASSERT_TRUE(r.ok()) << r.step << ": " << r.text;
     const auto files = ReadImage(image);
     EXPECT_EQ(files.at("/Old/old.txt"), "old");
     EXPECT_EQ(files.at("/New/new.txt"), "new");

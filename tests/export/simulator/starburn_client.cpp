@@ -7,6 +7,7 @@
 #include "export/simulator/file_tree.h"
 
 namespace uc::test {
+namespace ex = uc::exporting;
 
 void SetWriterSettings(const std::string& settings) {
 #ifdef _WIN32
@@ -18,120 +19,61 @@ void SetWriterSettings(const std::string& settings) {
 #endif
 }
 
-StarBurnClient::StarBurnClient() : m_library(STARBURN_LIBRARY_NAME) {
-#define UC_RESOLVE(name) m_library.Resolve(#name, name)
-    UC_RESOLVE(StarBurn_FindDevice);
-    UC_RESOLVE(StarBurn_Destroy);
-    UC_RESOLVE(StarBurn_ISO9660FileTree_Create);
-    UC_RESOLVE(StarBurn_ISO9660JolietFileTree_Add);
-    UC_RESOLVE(StarBurn_ISO9660FileTree_GetRoot);
-    UC_RESOLVE(StarBurn_ISO9660JolietFileTree_GetLevel);
-    UC_RESOLVE(StarBurn_ISO9660JolietFileTree_ImportTrack);
-    UC_RESOLVE(StarBurn_ISO9660FileTree_BuildImage);
-    UC_RESOLVE(StarBurn_ISO9660JolietFileTree_GetSizeInUCHARs);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_Create);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_GetDeviceInformation);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_ProbeSupportedWriteModes);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_TestUnitReady);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_GetTrackInformation);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_GetDiscInformation);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_GetInsertedDiscType);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_GetLastTrack);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_Erase);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_TrackAtOnceFromTree);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_CloseSession);
-    UC_RESOLVE(StarBurn_CdvdBurnerGrabber_Eject);
-#undef UC_RESOLVE
-}
-
 namespace {
-// Keeps the text buffer, status and CDB of a sequence of calls; the first failure is remembered.
-struct Calls {
-    char text[1024] = {};
-    ULONG status = 0;
-    BurnOutcome outcome;
-    bool Check(const char* step, EXCEPTION_NUMBER e) {
-        if (e == EN_SUCCESS) return true;
-        outcome.exception = e;
+// The first failure of a sequence of operations, and the objects to destroy at its end.
+struct Steps {
+    explicit Steps(ex::IDiscOperations& lib) : lib(lib) {}
+    ~Steps() {
+        lib.Destroy(tree);
+        lib.Destroy(burner);
+    }
+    bool operator()(const char* step, const ex::DiscResult& r) {
+        if (r.ok()) return true;
+        static_cast<ex::DiscResult&>(outcome) = r;
         outcome.step = step;
-        outcome.text = text;
         return false;
     }
+    bool Open() { return (*this)("Create", lib.CreateBurner({}, burner, nullptr)); }
+    ex::IDiscOperations& lib;
+    ex::DiscObject tree = nullptr, burner = nullptr;
+    BurnOutcome outcome;
 };
 }  // namespace
 
 BurnOutcome StarBurnClient::Burn(const std::vector<std::filesystem::path>& folders, bool append, bool close) {
-    Calls c;
-    PVOID tree = nullptr, burner = nullptr;
-    CDB_FAILURE_INFORMATION& cdb = c.outcome.cdb;
-    auto done = [&] {
-        StarBurn_Destroy(&tree);
-        StarBurn_Destroy(&burner);
-        return c.outcome;
-    };
-    if (!c.Check("TreeCreate", StarBurn_ISO9660FileTree_Create(&tree, c.text, sizeof c.text, &c.status, nullptr, nullptr,
-                                                               FALSE, FALSE, TRUE, FILE_TREE_JOLIET)) ||
-        !c.Check("Create", StarBurn_CdvdBurnerGrabber_Create(&burner, c.text, sizeof c.text, &c.status, &cdb, nullptr,
-                                                             nullptr, 0, 0, 0, 0, 0)) ||
-        !c.Check("TestUnitReady", StarBurn_CdvdBurnerGrabber_TestUnitReady(burner, c.text, sizeof c.text, &c.status, &cdb)))
-        return done();
-    STARBURN_TRACK_INFORMATION next{};
-    if (!c.Check("GetTrackInformation",
-                 StarBurn_CdvdBurnerGrabber_GetTrackInformation(burner, c.text, sizeof c.text, &c.status, &cdb,
-                                                                TRACK_NUMBER_INVISIBLE, &next)))
-        return done();
-    if (append) {
-        LONG last = 0;
-        if (!c.Check("GetLastTrack",
-                     StarBurn_CdvdBurnerGrabber_GetLastTrack(burner, c.text, sizeof c.text, &c.status, &cdb, &last)) ||
-            !c.Check("ImportTrack", StarBurn_ISO9660JolietFileTree_ImportTrack(tree, c.text, sizeof c.text, &c.status,
-                                                                               &cdb, burner, last)))
-            return done();
+    Steps s(lib);
+    ex::TrackInformation next;
+    long last = 0;
+    bool ok = s("TreeCreate", lib.CreateTree(s.tree)) && s.Open() && s("TestUnitReady", lib.TestUnitReady(s.burner)) &&
+              s("GetTrackInformation", lib.GetTrackInformation(s.burner, 0xFF, next));
+    if (ok && append)
+        ok = s("GetLastTrack", lib.GetLastTrack(s.burner, last)) && s("ImportTrack", lib.ImportTrack(s.tree, s.burner, last));
+    for (std::size_t i = 0; ok && i < folders.size(); ++i) {
+        ex::DiscObject added = nullptr;
+        ok = s("Add", lib.AddFromDisk(s.tree, nullptr, uc::disc::PathUtf8(folders[i]), "", added));
     }
-    for (const auto& folder : folders) {
-        PVOID parent = StarBurn_ISO9660FileTree_GetRoot(tree), added = nullptr;
-        std::string path = uc::disc::PathUtf8(folder);
-        if (!c.Check("Add", StarBurn_ISO9660JolietFileTree_Add(tree, c.text, sizeof c.text, &c.status, path.data(),
-                                                               nullptr, FILE_TIME_LAST_WRITE, &parent, &added)))
-            return done();
-    }
-    char name[] = "TrackAtOnceFromTree.exe", publisher[] = "KAVEL Media";
-    if (!c.Check("BuildImage", StarBurn_ISO9660FileTree_BuildImage(tree, c.text, sizeof c.text, &c.status,
-                                                                   next.m__LONG__NextWritableAddress, 8, FALSE, name,
-                                                                   publisher, name)) ||
-        !c.Check("TrackAtOnceFromTree",
-                 StarBurn_CdvdBurnerGrabber_TrackAtOnceFromTree(burner, c.text, sizeof c.text, &c.status, &cdb, tree,
-                                                                FALSE, FALSE, close ? FALSE : TRUE, 1, 5)) ||
-        !c.Check("CloseSession", StarBurn_CdvdBurnerGrabber_CloseSession(burner, c.text, sizeof c.text, &c.status, &cdb)))
-        return done();
-    return done();
+    ok = ok && s("BuildImage", lib.BuildImage(s.tree, next.nextWritableAddress, "V", "KAVEL Media", "TrackAtOnceFromTree.exe")) &&
+         s("TrackAtOnceFromTree", lib.TrackAtOnceFromTree(s.burner, s.tree, !close)) &&
+         s("CloseSession", lib.CloseSession(s.burner));
+    return s.outcome;
 }
 
-BurnOutcome StarBurnClient::Inspect(STARBURN_DISC_INFORMATION& disc, STARBURN_TRACK_INFORMATION& next, DISC_TYPE& type) {
-    Calls c;
-    PVOID burner = nullptr;
-    if (c.Check("Create", StarBurn_CdvdBurnerGrabber_Create(&burner, c.text, sizeof c.text, &c.status, &c.outcome.cdb,
-                                                            nullptr, nullptr, 0, 0, 0, 0, 0))) {
-        type = StarBurn_CdvdBurnerGrabber_GetInsertedDiscType(burner);
-        c.Check("GetDiscInformation", StarBurn_CdvdBurnerGrabber_GetDiscInformation(burner, c.text, sizeof c.text,
-                                                                                   &c.status, &c.outcome.cdb, &disc)) &&
-            c.Check("GetTrackInformation",
-                    StarBurn_CdvdBurnerGrabber_GetTrackInformation(burner, c.text, sizeof c.text, &c.status,
-                                                                   &c.outcome.cdb, TRACK_NUMBER_INVISIBLE, &next));
+DiscFacts StarBurnClient::Inspect() {
+    Steps s(lib);
+    DiscFacts d;
+    if (s.Open()) {
+        d.type = lib.GetInsertedDiscType(s.burner);
+        s("GetDiscInformation", lib.GetDiscInformation(s.burner, d.info)) &&
+            s("GetTrackInformation", lib.GetTrackInformation(s.burner, 0xFF, d.next));
     }
-    StarBurn_Destroy(&burner);
-    return c.outcome;
+    d.outcome = s.outcome;
+    return d;
 }
 
 BurnOutcome StarBurnClient::Erase() {
-    Calls c;
-    PVOID burner = nullptr;
-    if (c.Check("Create", StarBurn_CdvdBurnerGrabber_Create(&burner, c.text, sizeof c.text, &c.status, &c.outcome.cdb,
-                                                            nullptr, nullptr, 0, 0, 0, 0, 0)))
-        c.Check("Erase", StarBurn_CdvdBurnerGrabber_Erase(burner, c.text, sizeof c.text, &c.status, &c.outcome.cdb,
-                                                          ERASE_TYPE_BLANK_DISC_FAST));
-    StarBurn_Destroy(&burner);
-    return c.outcome;
+    Steps s(lib);
+    if (s.Open()) s("Erase", lib.Erase(s.burner));
+    return s.outcome;
 }
 
 void WritePatternFile(const std::filesystem::path& path, std::uint64_t size, unsigned seed) {

@@ -1,4 +1,4 @@
-// Test client of the simulated disc-writing library: loads it by its real name and burns folders the way the console does.
+// Test client of the simulated disc-writing library: the burner's own loader, and burns of folders as the console does them.
 #pragma once
 
 #include <cstdint>
@@ -6,61 +6,36 @@
 #include <string>
 #include <vector>
 
-#include "export/starburn_api.h"
-#include "platform/dynamic_library.h"
+#include "export/starburn_loader.h"
 
 namespace uc::test {
 
 // Sets the simulated writer's settings for this process (UC_STARBURN_SET), e.g. "image=/tmp/d.iso;medium=cd-rw".
 void SetWriterSettings(const std::string& settings);
 
-struct BurnOutcome {
-    EXCEPTION_NUMBER exception = EN_SUCCESS;
-    std::string step;  // the call that failed
-    std::string text;
-    CDB_FAILURE_INFORMATION cdb{};
-    bool Ok() const { return exception == EN_SUCCESS; }
+struct BurnOutcome : uc::exporting::DiscResult {
+    std::string step;  // the operation that failed
 };
 
+// The disc in device 0 as the library reports it.
+struct DiscFacts {
+    uc::exporting::DiscInformation info;
+    uc::exporting::TrackInformation next;  // the next writable track
+    int type = 0;
+    BurnOutcome outcome;
+};
+
+// The library loaded by its real name (StarBurnLoader, as the burner loads it), driving device 0.
 class StarBurnClient {
 public:
-    StarBurnClient();
-    bool Loaded() const { return m_library.IsLoaded(); }
-    const uc::DynamicLibrary& Library() const { return m_library; }
-
-    // Burns `folders` (each added under the root with its own name) as one session on device 0:
-    // imports the last track first when `append`, leaves the disc appendable unless `close`.
+    bool Loaded() const { return lib.Available(); }
+    // Burns `folders` (each added under the root with its own name) as one session: imports the last track first
+    // when `append`, leaves the disc appendable unless `close`.
     BurnOutcome Burn(const std::vector<std::filesystem::path>& folders, bool append = false, bool close = false);
-    // Disc and next-track facts of device 0.
-    BurnOutcome Inspect(STARBURN_DISC_INFORMATION& disc, STARBURN_TRACK_INFORMATION& next, DISC_TYPE& type);
+    DiscFacts Inspect();
     BurnOutcome Erase();
 
-#define UC_STARBURN_FN(name) decltype(&::name) name = nullptr
-    UC_STARBURN_FN(StarBurn_FindDevice);
-    UC_STARBURN_FN(StarBurn_Destroy);
-    UC_STARBURN_FN(StarBurn_ISO9660FileTree_Create);
-    UC_STARBURN_FN(StarBurn_ISO9660JolietFileTree_Add);
-    UC_STARBURN_FN(StarBurn_ISO9660FileTree_GetRoot);
-    UC_STARBURN_FN(StarBurn_ISO9660JolietFileTree_GetLevel);
-    UC_STARBURN_FN(StarBurn_ISO9660JolietFileTree_ImportTrack);
-    UC_STARBURN_FN(StarBurn_ISO9660FileTree_BuildImage);
-    UC_STARBURN_FN(StarBurn_ISO9660JolietFileTree_GetSizeInUCHARs);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_Create);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_GetDeviceInformation);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_ProbeSupportedWriteModes);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_TestUnitReady);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_GetTrackInformation);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_GetDiscInformation);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_GetInsertedDiscType);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_GetLastTrack);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_Erase);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_TrackAtOnceFromTree);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_CloseSession);
-    UC_STARBURN_FN(StarBurn_CdvdBurnerGrabber_Eject);
-#undef UC_STARBURN_FN
-
-private:
-    uc::DynamicLibrary m_library;
+    uc::exporting::StarBurnLoader lib;
 };
 
 // Writes `size` bytes of a repeating pattern seeded by `seed` (distinct per file, so misplaced data shows).

@@ -5,8 +5,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
-#include <vector>
 
 #include "export/export_files.h"
 #include "export/file_queue.h"
@@ -25,47 +23,33 @@ std::wstring CasesFolder() {
     return folder && *folder ? uc::FromUtf8(folder) : L"";
 }
 
-std::vector<std::wstring> Split(const std::wstring& line) {
-    std::vector<std::wstring> fields;
-    std::wstringstream s(line);
-    for (std::wstring field; std::getline(s, field, L'|');) fields.push_back(field);
-    if (!line.empty() && line.back() == L'|') fields.emplace_back();
-    return fields;
-}
-
 TEST(ExportImages, ConvertsEveryListedCase) {
     const std::wstring folder = CasesFolder();
     if (folder.empty()) GTEST_SKIP() << "UC_TEST_DATA is not set (CTest prepares it)";
-    std::ifstream cases(uc::ToFsPath(Below(folder, L"cases.txt")));
+    std::wifstream cases(uc::ToFsPath(Below(folder, L"cases.txt")));
     ASSERT_TRUE(cases) << "run image_cases.py make first";
     std::ofstream results(uc::ToFsPath(Below(folder, L"results.txt")), std::ios::trunc);
-    int count = 0;
-    for (std::string line; std::getline(cases, line);) {
-        const std::vector<std::wstring> f = Split(uc::FromUtf8(line));
-        ASSERT_EQ(f.size(), 6u) << line;
-        int format = 0, privatize = 0;
-        ASSERT_TRUE(uc::ParseInt(f[2], format) && uc::ParseInt(f[3], privatize)) << line;
+    int count = 0, format = 0, privatize = 0;
+    // id, source, format code, privatize, layout ("-": none), screen ("-": 800 x 600)
+    for (std::wstring id, source, layout, screen; cases >> id >> source >> format >> privatize >> layout >> screen; ++count) {
         CFileQueue queue;
-        if (!f[4].empty()) queue.SetLayoutFile(Below(folder, f[4]));
-        queue.SetScreenSize(800, 600);
-        if (f[5] == L"1024x768") queue.SetScreenSize(1024, 768);
-        const std::wstring out = Below(folder, L"out\\" + f[0]);
+        if (layout != L"-") queue.SetLayoutFile(Below(folder, layout));
+        queue.SetScreenSize(screen == L"1024x768" ? 1024 : 800, screen == L"1024x768" ? 768 : 600);
+        const std::wstring out = Below(folder, L"out\\" + id);
         fs::create_directories(uc::ToFsPath(out));
-        const std::wstring result = queue.ConvertImage(Below(folder, f[1]), out, format, privatize);
+        const std::wstring result = queue.ConvertImage(Below(folder, source), out, format, privatize);
         const bool present = uc::exporting::FileIsPresent(result);
-        EXPECT_EQ(queue.GetConvertedName().size(), present ? 1u : 0u) << line;
-        results << uc::ToUtf8(f[0]) << "|" << uc::ToUtf8(result) << "|" << (present ? 1 : 0) << "\n";
-        ++count;
+        EXPECT_EQ(queue.GetConvertedName().size(), present ? 1u : 0u) << uc::ToUtf8(id);
+        results << uc::ToUtf8(id) << "|" << uc::ToUtf8(result) << "|" << (present ? 1 : 0) << "\n";
     }
     EXPECT_GT(count, 0);
 }
 
-TEST(ExportImages, TheThreeEncodersAreFound) {
+TEST(ExportImages, EncodersAreFoundByMimeTypeOnly) {
     uc::GdiplusSession session;
     ASSERT_TRUE(session.ok());
     CLSID clsid;
-    for (const wchar_t* mime : {L"image/jpeg", L"image/bmp", L"image/gif"})
-        EXPECT_GE(GetEncoderClsid(mime, &clsid), 0) << uc::ToUtf8(mime);
+    for (const wchar_t* mime : {L"image/jpeg", L"image/bmp", L"image/gif"}) EXPECT_GE(GetEncoderClsid(mime, &clsid), 0);
     EXPECT_EQ(GetEncoderClsid(L"image/x-none", &clsid), -1);
     EXPECT_EQ(GetEncoderClsid(nullptr, &clsid), -1);
 }

@@ -4,11 +4,13 @@
 #include "platform/paths.h"
 #include "skin/win/gdiplus_session.h"
 #include "support/temp_dir.h"
-#include "tools/command_runner.h"
+#include "support/tool_run.h"
 
 namespace {
 
-using uc::test::RunCommand;
+using uc::test::RunTool;
+
+bool Has(const std::wstring& text, const std::wstring& part) { return text.find(part) != std::wstring::npos; }
 
 TEST(ThumbnailCommand, WritesOnePngPerFileAndCountsTheFailures) {
     uc::test::EnsureGdiplus();
@@ -17,16 +19,16 @@ TEST(ThumbnailCommand, WritesOnePngPerFileAndCountsTheFailures) {
     Gdiplus::Bitmap wide(300, 150, PixelFormat32bppARGB);
     ASSERT_TRUE(uc::test::SaveAs(wide, picture, L"image/png"));
 
-    uc::test::CommandOutcome r = RunCommand(L"thumbnail", {picture, L"--out", out, L"--size", L"64x64"});
-    EXPECT_EQ(r.rc, 0) << r.err;
-    EXPECT_TRUE(uc::test::Has(r.out, L"wide.png.thumb.png (64x32)")) << r.out;
+    uc::test::ToolRun r = RunTool(L"thumbnail", {picture, L"--out", out, L"--size", L"64x64"});
+    EXPECT_EQ(r.code, 0) << r.err;
+    EXPECT_TRUE(Has(r.out, L"wide.png.thumb.png (64x32)")) << r.out;
     EXPECT_EQ(Gdiplus::Bitmap(uc::JoinPath(out, L"wide.png.thumb.png").c_str()).GetWidth(), 64u);
 
-    r = RunCommand(L"thumbnail", {picture, dir.file(L"missing.png"), L"--out", out});
-    EXPECT_EQ(r.rc, 1);
-    EXPECT_TRUE(uc::test::Has(r.err, L"missing.png: no thumbnail")) << r.err;
-    EXPECT_EQ(RunCommand(L"thumbnail", {picture}).rc, 2) << "no --out";
-    EXPECT_EQ(RunCommand(L"thumbnail", {picture, L"--out", out, L"--size", L"64"}).rc, 2);
+    r = RunTool(L"thumbnail", {picture, dir.file(L"missing.png"), L"--out", out});
+    EXPECT_EQ(r.code, 1);
+    EXPECT_TRUE(Has(r.err, L"missing.png: no thumbnail")) << r.err;
+    EXPECT_EQ(RunTool(L"thumbnail", {picture}).code, 2) << "no --out";
+    EXPECT_EQ(RunTool(L"thumbnail", {picture, L"--out", out, L"--size", L"64"}).code, 2);
 }
 
 }  // namespace
