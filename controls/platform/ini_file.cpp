@@ -36,10 +36,15 @@ void IniDocument::Parse(const std::wstring& text) {
     while (pos <= text.size()) {
         std::size_t nl = text.find(L'\n', pos);
         std::wstring raw = text.substr(pos, nl == std::wstring::npos ? std::wstring::npos : nl - pos);
-        if (!raw.empty() && raw.back() == L'\r') raw.pop_back();
         if (nl == std::wstring::npos && raw.empty()) break;
+        // Only the break's own CR goes with it: further CRs belong to the line, so a save writes them back.
+        std::wstring eol = nl == std::wstring::npos ? L"" : L"\n";
+        if (!eol.empty() && !raw.empty() && raw.back() == L'\r') {
+            raw.pop_back();
+            eol = L"\r\n";
+        }
         const std::wstring t = Trim(raw);
-        Line line{section, L"", raw};
+        Line line{section, L"", raw, eol};
         if (t.size() >= 2 && t.front() == L'[' && t.back() == L']') {
             section = Trim(t.substr(1, t.size() - 2));
             line.section = section;
@@ -53,9 +58,20 @@ void IniDocument::Parse(const std::wstring& text) {
     }
 }
 
+// New lines take the document's first line break, so a CRLF file stays CRLF.
+std::wstring IniDocument::NewLine() const {
+    for (const Line& l : m_lines)
+        if (!l.eol.empty()) return l.eol;
+    return L"\n";
+}
+
 std::wstring IniDocument::Serialize() const {
     std::wstring out;
-    for (const Line& l : m_lines) out += l.raw + L"\n";
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        const Line& l = m_lines[i];
+        // A last line read without a break gets one when lines were added after it.
+        out += l.raw + (l.eol.empty() && i + 1 < m_lines.size() ? NewLine() : l.eol);
+    }
     return out;
 }
 
@@ -85,11 +101,12 @@ void IniDocument::Set(const std::wstring& section, const std::wstring& key, cons
         }
         if (!Trim(l.raw).empty()) lastInSection = i;
     }
+    const std::wstring eol = NewLine();
     if (lastInSection == std::wstring::npos) {
-        m_lines.push_back({section, L"", L"[" + section + L"]"});
-        m_lines.push_back({section, key, raw});
+        m_lines.push_back({section, L"", L"[" + section + L"]", eol});
+        m_lines.push_back({section, key, raw, eol});
     } else {
-        m_lines.insert(m_lines.begin() + static_cast<std::ptrdiff_t>(lastInSection) + 1, Line{section, key, raw});
+        m_lines.insert(m_lines.begin() + static_cast<std::ptrdiff_t>(lastInSection) + 1, Line{section, key, raw, eol});
     }
 }
 

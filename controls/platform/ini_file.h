@@ -26,8 +26,10 @@ private:
     struct Line {
         std::wstring section;  // section this line belongs to
         std::wstring key;      // empty for headers, comments and blank lines
-        std::wstring raw;      // the line as written
+        std::wstring raw;      // the line as written, without its line break
+        std::wstring eol;      // its line break as read ("\r\n", "\n" or none at the end of the text)
     };
+    std::wstring NewLine() const;
     std::vector<Line> m_lines;
 };
 

@@ -22,20 +22,24 @@ protected:
     // Every run gets the simulation file; the drivers are made anew each time the command starts.
     Result Run(uctool::Args args) {
         args.insert(args.begin(), L"display");
-        args.push_back(L"--sim");
-        args.push_back(file);
+        args.insert(args.end(), {L"--sim", file});
         return RunTool(args);
     }
-    void Simulate(const std::string& text) { file = dir.write(L"display-sim.ini", text); }
+    // The output of a run that ends with `code`.
+    std::wstring Out(const uctool::Args& args, int code = 0) {
+        const Result r = Run(args);
+        EXPECT_EQ(r.code, code) << r.err;
+        return r.out;
+    }
     void SetUp() override { DDCControl::SetClock(&clock); }
     void TearDown() override {
         DDCControl::SetClock(nullptr);
+        DDCControl::SetStrictMode({});
 #ifdef _WIN32
         ::SetEnvironmentVariableW(L"UC_DISPLAY_SIM", nullptr);
 #else
         ::unsetenv("UC_DISPLAY_SIM");
 #endif
-        DDCControl::SetStrictMode({});
     }
 
     uc::test::PauseRecorder clock;
@@ -51,34 +55,27 @@ const std::wstring kFirst = L"i2c-dev", kSecond = L"i2c-dev", kDrivers = L"drive
 #endif
 
 TEST_F(DisplayCommandTest, ListsReadsSetsAndSavesTheSimulatedMonitors) {
-    Simulate("[monitor]\nname = Left\nvcp.10 = 20/80\n[monitor]\ncard = amd\nname = Right\n");
-    Result r = Run({L"list"});
-    ASSERT_EQ(r.code, 0) << r.err;
-    EXPECT_EQ(r.out, L"0  " + kFirst + L"  #0  \"Left\"\n1  " + kSecond + L"  #" +
+    file = dir.write(L"display-sim.ini", "[monitor]\nname = Left\nvcp.10 = 20/80\n[monitor]\ncard = amd\nname = Right\n");
+    EXPECT_EQ(Out({L"list"}), L"0  " + kFirst + L"  #0  \"Left\"\n1  " + kSecond + L"  #" +
                          (kFirst == kSecond ? L"1" : L"0") + L"  \"Right\"\n" + kDrivers);
-    r = Run({L"get", L"brightness"});
-    EXPECT_EQ(r.code, 0) << r.err;
-    EXPECT_EQ(r.out, L"brightness: 20 (maximum 80)\n");
-    r = Run({L"get", L"all", L"--device", L"1"});
+    EXPECT_EQ(Out({L"get", L"brightness"}), L"brightness: 20 (maximum 80)\n");
+    Result r = Run({L"get", L"all", L"--device", L"1"});
     EXPECT_EQ(r.code, 0) << r.err;
     EXPECT_NE(r.out.find(L"contrast: 70 (maximum 100)\n"), std::wstring::npos) << r.out;
     EXPECT_NE(r.out.find(L"autoecoview: 0 (maximum 1)\n"), std::wstring::npos) << "switched off while locating";
-    r = Run({L"set", L"contrast", L"33", L"--save", L"--strict", L"--retries", L"2"});
-    EXPECT_EQ(r.code, 0) << r.err;
-    EXPECT_EQ(r.out, L"contrast set to 33\nsettings saved on monitor 0\n");
-    r = Run({L"get", L"autoecoview", L"--keep-ecoview"});
-    EXPECT_EQ(r.out, L"autoecoview: 1 (maximum 1)\n") << "a fresh simulation, left as delivered";
+    EXPECT_EQ(Out({L"set", L"contrast", L"33", L"--save", L"--strict", L"--retries", L"2"}),
+              L"contrast set to 33\nsettings saved on monitor 0\n");
+    EXPECT_EQ(Out({L"get", L"autoecoview", L"--keep-ecoview"}), L"autoecoview: 1 (maximum 1)\n")
+        << "a fresh simulation, left as delivered";
 }
 
 TEST_F(DisplayCommandTest, SaysWhenNoMonitorAnswersAndFallsBackOnlyWhenAsked) {
-    Simulate("[monitor]\nfaults = fail\n");
+    file = dir.write(L"display-sim.ini", "[monitor]\nfaults = fail\n");
     Result r = Run({L"list"});
     EXPECT_EQ(r.code, 1);
     EXPECT_NE(r.err.find(L"no monitor answers DDC/CI"), std::wstring::npos) << r.err;
     EXPECT_NE(r.err.find(L"--gamma"), std::wstring::npos);
-    r = Run({L"get", L"contrast", L"--gamma"});
-    EXPECT_EQ(r.code, 0) << r.err;
-    EXPECT_EQ(r.out, L"contrast: 180 (maximum 200)\n");
+    EXPECT_EQ(Out({L"get", L"contrast", L"--gamma"}), L"contrast: 180 (maximum 200)\n");
     r = Run({L"set", L"brightness", L"90", L"--gamma", L"--save"});
     // Natively, and under Wine on Xvfb, there is no screen ramp to set: the command says so.
     if (uc::test::ScreenTakesGammaRamps()) {
@@ -91,7 +88,7 @@ TEST_F(DisplayCommandTest, SaysWhenNoMonitorAnswersAndFallsBackOnlyWhenAsked) {
 }
 
 TEST_F(DisplayCommandTest, BadUsageAndMissingMonitors) {
-    Simulate("[monitor]\nfault-codes = 12\nfaults = result-code\n");
+    file = dir.write(L"display-sim.ini", "[monitor]\nfault-codes = 12\nfaults = result-code\n");
     const uctool::Args bad[] = {{L"display"}, {L"display", L"get", L"sharpness"}, {L"display", L"set", L"brightness"},
                                 {L"display", L"set", L"brightness", L"256"}, {L"display", L"list", L"--retries", L"x"},
                                 {L"display", L"list", L"extra"}};
@@ -99,9 +96,7 @@ TEST_F(DisplayCommandTest, BadUsageAndMissingMonitors) {
     Result r = Run({L"get", L"brightness", L"--device", L"4"});
     EXPECT_EQ(r.code, 1);
     EXPECT_EQ(r.err, L"uctool display: no monitor 4 (1 found)\n");
-    r = Run({L"get", L"contrast"});
-    EXPECT_EQ(r.code, 1);
-    EXPECT_EQ(r.out, L"contrast: no valid answer\n");
+    EXPECT_EQ(Out({L"get", L"contrast"}, 1), L"contrast: no valid answer\n");
 }
 
 }  // namespace

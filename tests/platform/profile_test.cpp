@@ -50,8 +50,18 @@ TEST(IniDocument, EditsKeepUnrelatedLinesAndOrder) {
     ini.Set(L"A", L"z", L"3");
     ini.Set(L"B", L"y", L"two\nlines");
     ini.Set(L"C", L"k", L"");
-    EXPECT_EQ(ini.Serialize(), L"; header comment\n[A]\nx = 1\nz=3\n\n[B]\ny=two lines\nnot an entry\n[C]\nk=\n");
+    // Line breaks stay as read; added lines take the first one.
+    EXPECT_EQ(ini.Serialize(),
+              L"; header comment\r\n[A]\r\nx = 1\r\nz=3\r\n\r\n[B]\ny=two lines\nnot an entry\n[C]\r\nk=\r\n");
     EXPECT_EQ(ini.Get(L"C", L"k").value_or(L"?"), L"");
+    // Reading and writing round-trip exactly: extra CRs, a missing last break; values never keep a CR.
+    for (const wchar_t* text : {L"[A]\nv=x\r\r\r\n\r\r\nw=\r", L"a\r\n\n"}) {
+        ini.Parse(text);
+        ini.Parse(ini.Serialize());
+        EXPECT_EQ(ini.Serialize(), text);
+    }
+    ini.Parse(L"[A]\nv=x\r\r\r\n\r\r\nw=\r");
+    EXPECT_EQ(ini.Get(L"A", L"v").value_or(L"?") + L"|" + ini.Get(L"a", L"W").value_or(L"?"), L"x|");
 }
 
 }  // namespace

@@ -1,53 +1,64 @@
-// A helper program run as a child process, talked to by lines over its standard input and output.
+// The lock helper program run as a child process, talked to by lines over its standard input and output.
 #pragma once
 
-#include <chrono>
-#include <condition_variable>
-#include <deque>
-#include <memory>
-#include <mutex>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdio>
 #include <string>
-#include <thread>
-#include <vector>
 
 namespace uc::test {
 
+// The platform part: starts "system_lock_child" from the test's folder with its standard input and output on
+// pipes, handed back as C streams. WaitChild returns the exit code (-1 when there is none) and lets go of it.
+bool SpawnLockChild(std::intptr_t& process, std::FILE*& toChild, std::FILE*& fromChild);
+void KillChild(std::intptr_t process);
+int WaitChild(std::intptr_t process);
+
 class ChildProcess {
 public:
-    ChildProcess();
-    ~ChildProcess();  // kills the child if it still runs
+    ChildProcess() : m_started(SpawnLockChild(m_process, m_in, m_out)) {}
+    ~ChildProcess() {
+        // After a failure the child may be blocked on a lock this process holds: end it rather than wait.
+        if (::testing::Test::HasFailure()) Kill();
+        Wait();
+        if (m_out) std::fclose(m_out);
+    }
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    bool Start(const std::wstring& program, const std::vector<std::wstring>& args);
-    bool Send(const std::string& line);
-    // The child's next output line. False when its output ended, or after `limit` of real time (a safety
-    // limit for a child that hangs; the tests never rely on it elapsing).
-    bool Receive(std::string& line, std::chrono::milliseconds limit = std::chrono::seconds(30));
-    // Sends a command and returns the reply line ("" when none came).
-    std::string Ask(const std::string& command);
-    void Kill();
-    // Waits for the child to end and returns its exit code (-1 when it could not be waited for).
-    int Wait();
-
-    // The platform part: spawning with pipes, raw I/O and the end of the process.
-    struct Pipes;
-    struct PipesDeleter {
-        void operator()(Pipes* pipes) const;
-    };
+    bool Started() const { return m_started; }
+    bool Send(const std::string& line) {
+        return m_in && std::fputs((line + "\n").c_str(), m_in) >= 0 && std::fflush(m_in) == 0;
+    }
+    // The child's next output line; "" once its output has ended.
+    std::string Receive() {
+        char buffer[256];
+        std::string line = m_out && std::fgets(buffer, sizeof buffer, m_out) ? buffer : "";
+        while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.pop_back();
+        return line;
+    }
+    std::string Ask(const std::string& command) { return Send(command) ? Receive() : std::string(); }
+    void Kill() {
+        if (m_started && !m_waited) KillChild(m_process);
+    }
+    // The end of its input lets the child release everything and end (the last closer of a mutex removes its
+    // name natively); returns its exit code.
+    int Wait() {
+        if (m_in) std::fclose(m_in);
+        m_in = nullptr;
+        if (m_started && !m_waited) m_code = WaitChild(m_process);
+        m_waited = true;
+        return m_code;
+    }
 
 private:
-    void ReadLoop();
-
-    std::unique_ptr<Pipes, PipesDeleter> m_pipes;
-    std::thread m_reader;
-    std::mutex m_mutex;
-    std::condition_variable m_cv;
-    std::deque<std::string> m_lines;
-    bool m_eof = false;
+    std::intptr_t m_process = 0;
+    std::FILE* m_in = nullptr;
+    std::FILE* m_out = nullptr;
+    bool m_started = false;
+    bool m_waited = false;
+    int m_code = -1;
 };
-
-// The lock helper program built beside the test program.
-std::wstring LockChildProgram();
 
 }  // namespace uc::test

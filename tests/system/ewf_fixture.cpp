@@ -42,30 +42,4 @@ uc::ewf::sim::WriteFilterSimulator EwfSimTest::SavedState() const {
     return sim;
 }
 
-namespace {
-template <class Fn>
-Fn Export(const CEWFMgr& m, const char* name) {
-    auto fn = reinterpret_cast<Fn>(m.Library().ResolveAddress(name));
-    EXPECT_NE(fn, nullptr) << name;
-    return fn;
-}
-}  // namespace
-
-bool EwfSimTest::Restart(const CEWFMgr& m) {
-    auto fn = Export<Bool(UC_EWF_CALL*)()>(m, "EwfSimRestart");
-    return fn && fn() != 0;
-}
-bool EwfSimTest::Write(const CEWFMgr& m, Handle volume, unsigned segments) {
-    auto fn = Export<Bool(UC_EWF_CALL*)(Handle, ULong)>(m, "EwfSimWrite");
-    return fn && fn(volume, segments) != 0;
-}
-unsigned long EwfSimTest::Calls(const CEWFMgr& m) {
-    auto fn = Export<ULong(UC_EWF_CALL*)()>(m, "EwfSimCalls");
-    return fn ? fn() : 0;
-}
-unsigned long EwfSimTest::OpenHandles(const CEWFMgr& m) {
-    auto fn = Export<ULong(UC_EWF_CALL*)()>(m, "EwfSimOpenHandles");
-    return fn ? fn() : 0;
-}
-
 }  // namespace uc::test

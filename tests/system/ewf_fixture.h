@@ -33,12 +33,14 @@ protected:
     // The state as the simulated filter last saved it.
     uc::ewf::sim::WriteFilterSimulator SavedState() const;
 
-    // The simulation's own exports, through the manager's loaded library.
-    static bool Restart(const CEWFMgr& m);
-    static bool Write(const CEWFMgr& m, uc::ewf::Handle volume, unsigned segments);
-    static unsigned long Calls(const CEWFMgr& m);
-    static unsigned long OpenHandles(const CEWFMgr& m);
-
+    // One of the simulation's own exports ("EwfSimRestart", "EwfSimWrite", ...) through the manager's library.
+    template <class R, class... Args>
+    static R Sim(const CEWFMgr& m, const char* name, Args... args) {
+        auto fn = reinterpret_cast<R(UC_EWF_CALL*)(Args...)>(m.Library().ResolveAddress(name));
+        EXPECT_NE(fn, nullptr) << name;
+        return fn ? fn(args...) : R{};
+    }
+    static unsigned long OpenHandles(const CEWFMgr& m) { return Sim<uc::ewf::ULong>(m, "EwfSimOpenHandles"); }
     static std::size_t Logged(const std::wstring& fragment) { return zelLogger::Instance().Count(fragment); }
 
     TempDir m_dir;

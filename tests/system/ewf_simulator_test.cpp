@@ -97,37 +97,28 @@ TEST(EwfSimulator, VolumeNamesFitTheirFixedFields) {
     EXPECT_FALSE(sim.Parse(L"[volume1]\ndevice=" + std::wstring(MaxDeviceNameLength, L'y') + L"\n", error));
 }
 
-TEST(EwfText, DialogTextsForEveryTableValueAndNoneOutside) {
-    EXPECT_STREQ(TypeText(EWF_DISK), L"Disk");
-    EXPECT_STREQ(TypeText(EWF_RAM), L"RAM");
-    EXPECT_STREQ(TypeText(EWF_RAM_REG), L"RAM_REG");
-    EXPECT_STREQ(StateText(EWF_ENABLED), L"Enabled");
-    EXPECT_STREQ(StateText(EWF_DISABLED), L"Disabled");
-    const wchar_t* commands[] = {L"No Command", L"Enable", L"Disable", L"Restore", L"Commit"};
-    const char* prompts[] = {nullptr, "systemrestoredlg.enable", "systemrestoredlg.disable", "systemrestoredlg.restore",
-                             "systemrestoredlg.commit"};
+TEST(EwfText, DialogTextsForEveryTableValueNoneOutsideAndTheGaugeTruncatesAndClamps) {
+    EXPECT_EQ(uc::ToUtf8(std::wstring(TypeText(EWF_DISK)) + TypeText(EWF_RAM) + TypeText(EWF_RAM_REG) +
+                         StateText(EWF_ENABLED) + StateText(EWF_DISABLED)),
+              "DiskRAMRAM_REGEnabledDisabled");
+    const char* commands[] = {"No Command", "Enable", "Disable", "Restore", "Commit"};
+    const char* prompts[] = {"none: nothing to restart for", "systemrestoredlg.enable", "systemrestoredlg.disable",
+                             "systemrestoredlg.restore", "systemrestoredlg.commit"};
     for (int c = 0; c < 5; ++c) {
-        EXPECT_STREQ(CommandText(c), commands[c]);
-        EXPECT_STREQ(RestartPromptKey(c), prompts[c]);
+        EXPECT_EQ(uc::ToUtf8(CommandText(c)), commands[c]);
+        EXPECT_STREQ(RestartPromptKey(c) ? RestartPromptKey(c) : prompts[0], prompts[c]);
     }
-    for (int bad : {-1, 3, 5, 1000}) {
-        if (bad != 3) {
-            EXPECT_EQ(CommandText(bad), nullptr) << bad;
-            EXPECT_EQ(RestartPromptKey(bad), nullptr) << bad;
-        }
+    for (int bad : {-1, 5, 1000}) {
+        EXPECT_EQ(CommandText(bad), nullptr) << bad;
+        EXPECT_EQ(RestartPromptKey(bad), nullptr) << bad;
         EXPECT_EQ(TypeText(bad), nullptr) << bad;
-        EXPECT_EQ(StateText(bad == 3 ? 2 : bad), nullptr) << bad;
+        EXPECT_EQ(StateText(bad), nullptr) << bad;
     }
-}
-
-TEST(EwfText, GaugeTruncatesAndClamps) {
-    EXPECT_EQ(GaugePosition(25.0), 25);
-    EXPECT_EQ(GaugePosition(99.99), 99);
-    EXPECT_EQ(GaugePosition(0.5), 0);
-    EXPECT_EQ(GaugePosition(-1.0), 0);
-    EXPECT_EQ(GaugePosition(250.0), 100);
-    EXPECT_EQ(GaugePosition(std::numeric_limits<double>::quiet_NaN()), 0);
-    EXPECT_EQ(GaugePosition(std::numeric_limits<double>::infinity()), 100);
+    EXPECT_EQ(TypeText(3), nullptr);
+    EXPECT_EQ(StateText(2), nullptr);
+    const double inf = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
+    const std::pair<double, int> gauge[] = {{25.0, 25}, {99.99, 99}, {0.5, 0}, {-1.0, 0}, {250.0, 100}, {nan, 0}, {inf, 100}};
+    for (const auto& [percent, position] : gauge) EXPECT_EQ(GaugePosition(percent), position) << percent;
 }
 
 }  // namespace

@@ -1,22 +1,17 @@
 // The lock classes between threads of one process: creation and names, copies, guards, priority, abandonment, wait-all.
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <memory>
-#include <chrono>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "lock_support.h"
-#include "platform/clock.h"
-#include "system/custom_mutex.h"
 #include "system/mutex_backend.h"
 
 namespace {
 using uc::sync::WaitResult;
 using uc::test::UniqueLockName;
-using namespace std::chrono_literals;
 
 // Whether another thread could take the mutex right now (it is released again at once).
 WaitResult ProbeFromAnotherThread(void* handle) {
@@ -28,57 +23,45 @@ WaitResult ProbeFromAnotherThread(void* handle) {
     return r;
 }
 
-TEST(CustomMutex, SecondCreateFailsAndKeepsTheFirstHandle) {
-    const std::wstring name = UniqueLockName(L"twice");
+// A thread that takes the mutex and ends holding it.
+void AbandonFromAnotherThread(void* handle) {
+    std::thread([&] { ASSERT_EQ(uc::sync::WaitMutex(handle), WaitResult::Acquired); }).join();
+}
+
+TEST(CustomMutex, SecondCreateFailsAndInitialOwnerOwnsOnlyWhatItCreated) {
+    const std::wstring name = UniqueLockName(L"owner");
     CCustomMutex m;
     EXPECT_EQ(m.GetHandle(), nullptr);
-    ASSERT_EQ(m.Create(nullptr, 0, name.c_str()), 1);
+    ASSERT_EQ(m.Create(nullptr, 1, name.c_str()), 1);
     void* first = m.GetHandle();
     EXPECT_EQ(m.Create(nullptr, 0, name.c_str()), 0);
     EXPECT_EQ(m.Create(nullptr, 0, nullptr), 0);
     EXPECT_EQ(m.GetHandle(), first);
-    // Another object of the same name is the same mutex.
-    CCustomMutex other;
-    ASSERT_EQ(other.Create(nullptr, 0, name.c_str()), 1);
-    CMutexLock held(m);
-    ASSERT_TRUE(held.IsValid());
-    EXPECT_EQ(ProbeFromAnotherThread(other.GetHandle()), WaitResult::Timeout);
-}
-
-TEST(CustomMutex, NamesTheSystemRefusesGiveZeroNotAnException) {
-    const std::wstring tooLong(261, L'x');
-    const std::wstring longest = UniqueLockName(L"") + std::wstring(200, L'y');
-    const std::wstring refused[] = {tooLong, L"Local\\uc\\nested", L"uc\\slash"};
-    for (const std::wstring& name : refused) {
-        CCustomMutex m;
-        EXPECT_EQ(m.Create(nullptr, 0, name.c_str()), 0) << name.size();
-        EXPECT_EQ(m.GetHandle(), nullptr);
-        CMutexLock lock(m);
-        EXPECT_FALSE(lock.IsValid());
-    }
-    // Names the platform accepts, however they look: long, with spaces, slashes and non-ASCII letters.
-    const std::wstring accepted[] = {longest, UniqueLockName(L" sp ace/ü%") , L"Local\\" + UniqueLockName(L"ns")};
-    for (const std::wstring& name : accepted) {
-        CCustomMutex m;
-        EXPECT_EQ(m.Create(nullptr, 0, name.c_str()), 1) << name.size();
-        CMutexLock lock(m);
-        EXPECT_TRUE(lock.IsValid());
-    }
-}
-
-TEST(CustomMutex, InitialOwnerOwnsOnlyWhatItCreated) {
-    const std::wstring name = UniqueLockName(L"owner");
-    CCustomMutex created;
-    ASSERT_EQ(created.Create(nullptr, 1, name.c_str()), 1);
-    EXPECT_EQ(ProbeFromAnotherThread(created.GetHandle()), WaitResult::Timeout);
-    EXPECT_TRUE(uc::sync::ReleaseMutexObject(created.GetHandle()));
-    EXPECT_EQ(ProbeFromAnotherThread(created.GetHandle()), WaitResult::Acquired);
-    // Opening an existing mutex never takes it, whatever the flag says.
+    // Another object of the same name is the same mutex; opening it never takes it, whatever the flag says.
     std::thread([&] {
         CCustomMutex opened;
         ASSERT_EQ(opened.Create(nullptr, 1, name.c_str()), 1);
         EXPECT_FALSE(uc::sync::ReleaseMutexObject(opened.GetHandle()));
+        EXPECT_EQ(uc::sync::WaitMutex(opened.GetHandle(), 0), WaitResult::Timeout) << "held by its creator";
     }).join();
+    EXPECT_TRUE(uc::sync::ReleaseMutexObject(first));
+    EXPECT_EQ(ProbeFromAnotherThread(first), WaitResult::Acquired);
+}
+
+TEST(CustomMutex, NamesTheSystemRefusesGiveZeroNotAnException) {
+    for (const std::wstring& name : {std::wstring(261, L'x'), std::wstring(L"Local\\uc\\nested"), std::wstring(L"uc\\slash")}) {
+        CCustomMutex m;
+        EXPECT_EQ(m.Create(nullptr, 0, name.c_str()), 0) << name.size();
+        EXPECT_EQ(m.GetHandle(), nullptr);
+        EXPECT_FALSE(CMutexLock(m).IsValid());
+    }
+    // Names the platform accepts, however they look: long, with spaces, slashes and non-ASCII letters.
+    for (const std::wstring& name : {UniqueLockName(L"") + std::wstring(200, L'y'), UniqueLockName(L" sp ace/\u00FC%"),
+                                     L"Local\\" + UniqueLockName(L"ns")}) {
+        CCustomMutex m;
+        EXPECT_EQ(m.Create(nullptr, 0, name.c_str()), 1) << name.size();
+        EXPECT_TRUE(CMutexLock(m).IsValid());
+    }
 }
 
 TEST(CustomMutex, CopiesShareTheHandleAndSnapshotTheCounter) {
@@ -97,47 +80,28 @@ TEST(CustomMutex, CopiesShareTheHandleAndSnapshotTheCounter) {
     EXPECT_EQ(copy->PriorityWaiters(), 1);
     // Destroying the copy closed the shared handle: the original's guards now fail at once.
     copy.reset();
-    CPriorityLock afterClose(m);
-    EXPECT_FALSE(afterClose.IsValid());
+    EXPECT_FALSE(CPriorityLock(m).IsValid());
 }
 
-TEST(MutexGuards, RecursiveForTheOwnerAndReleasedWithTheScope) {
-    CCustomMutex m;
-    ASSERT_EQ(m.Create(nullptr, 0, UniqueLockName(L"rec").c_str()), 1);
+TEST(MutexGuards, RecursiveForTheOwnerAndNothingStaysLockedAfterAFailure) {
+    CCustomMutex m, none;
+    ASSERT_EQ(m.Create(nullptr, 0, nullptr), 1);
     {
         CMutexLock outer(m);
         CPriorityLock inner(m);
-        EXPECT_TRUE(outer.IsValid());
-        EXPECT_TRUE(inner.IsValid());
+        EXPECT_TRUE(outer.IsValid() && inner.IsValid());
+        EXPECT_EQ(ProbeFromAnotherThread(m.GetHandle()), WaitResult::Timeout);
+        EXPECT_TRUE(CMutexLockMultiple(0, nullptr).IsValid()) << "no mutex: valid, and releases nothing";
         EXPECT_EQ(ProbeFromAnotherThread(m.GetHandle()), WaitResult::Timeout);
     }
     EXPECT_EQ(ProbeFromAnotherThread(m.GetHandle()), WaitResult::Acquired);
-}
-
-TEST(MutexGuards, GuardsOnAMutexNeverCreatedFailAtOnce) {
-    CCustomMutex none;
-    CMutexLock a(none);
-    CPriorityLock b(none);
-    EXPECT_FALSE(a.IsValid());
-    EXPECT_FALSE(b.IsValid());
-    CCustomMutex good;
-    ASSERT_EQ(good.Create(nullptr, 0, nullptr), 1);
-    CCustomMutex* both[] = {&good, &none};
-    {
-        CMutexLockMultiple multiple(2, both);
-        EXPECT_FALSE(multiple.IsValid());
-    }
-    EXPECT_EQ(ProbeFromAnotherThread(good.GetHandle()), WaitResult::Acquired) << "nothing stays locked";
-    CMutexLockMultiple nullList(3, nullptr);
-    EXPECT_FALSE(nullList.IsValid());
-}
-
-TEST(MutexGuards, MultipleWithNoMutexIsValidAndReleasesNothing) {
-    CCustomMutex m;
-    ASSERT_EQ(m.Create(nullptr, 0, nullptr), 1);
-    CMutexLock held(m);
-    { CMutexLockMultiple none(0, nullptr); EXPECT_TRUE(none.IsValid()); }
-    EXPECT_EQ(ProbeFromAnotherThread(m.GetHandle()), WaitResult::Timeout) << "still held by this thread";
+    // Guards on a mutex never created fail at once; a multiple one takes none of the others.
+    EXPECT_FALSE(CMutexLock(none).IsValid());
+    EXPECT_FALSE(CPriorityLock(none).IsValid());
+    CCustomMutex* both[] = {&m, &none};
+    EXPECT_FALSE(CMutexLockMultiple(2, both).IsValid());
+    EXPECT_FALSE(CMutexLockMultiple(3, nullptr).IsValid());
+    EXPECT_EQ(ProbeFromAnotherThread(m.GetHandle()), WaitResult::Acquired);
 }
 
 // An ordinary locker that arrives while a priority locker waits polls every 10 ms (on the injected clock)
@@ -152,32 +116,25 @@ TEST(MutexGuards, PriorityLockerGoesBeforeAnOrdinaryOneArrivingLater) {
 TEST(MutexGuards, MutexLeftByAnEndedThreadIsAbandonedOnce) {
     CCustomMutex m;
     ASSERT_EQ(m.Create(nullptr, 0, UniqueLockName(L"aband").c_str()), 1);
-    std::thread([&] { ASSERT_EQ(uc::sync::WaitMutex(m.GetHandle()), WaitResult::Acquired); }).join();
-    {
-        CMutexLock first(m);
-        EXPECT_FALSE(first.IsValid()) << "abandoned";
-    }
-    CMutexLock second(m);
-    EXPECT_TRUE(second.IsValid()) << "the abandoned state is reported once";
+    AbandonFromAnotherThread(m.GetHandle());
+    EXPECT_FALSE(CMutexLock(m).IsValid()) << "abandoned";
+    EXPECT_TRUE(CMutexLock(m).IsValid()) << "the abandoned state is reported once";
 }
 
 TEST(MutexGuards, MultipleTakesAllAtOnceAndReportsAnAbandonedOne) {
-    CCustomMutex a, b, c;
-    for (CCustomMutex* m : {&a, &b, &c}) ASSERT_EQ(m->Create(nullptr, 0, UniqueLockName(L"all").c_str()), 1);
-    CCustomMutex* all[] = {&a, &b, &c};
-    {
-        CMutexLockMultiple lock(3, all);
-        EXPECT_TRUE(lock.IsValid());
-        for (CCustomMutex* m : all) EXPECT_EQ(ProbeFromAnotherThread(m->GetHandle()), WaitResult::Timeout);
-        EXPECT_EQ(a.PriorityWaiters(), 0);
+    CCustomMutex mutexes[3];
+    CCustomMutex* all[] = {&mutexes[0], &mutexes[1], &mutexes[2]};
+    for (CCustomMutex* m : all) ASSERT_EQ(m->Create(nullptr, 0, UniqueLockName(L"all").c_str()), 1);
+    AbandonFromAnotherThread(mutexes[1].GetHandle());
+    for (bool valid : {false, true}) {
+        {
+            CMutexLockMultiple lock(3, all);
+            EXPECT_EQ(lock.IsValid(), valid) << "the first time the middle one is abandoned";
+            for (CCustomMutex* m : all) EXPECT_EQ(ProbeFromAnotherThread(m->GetHandle()), WaitResult::Timeout);
+            EXPECT_EQ(mutexes[0].PriorityWaiters(), 0);
+        }
+        for (CCustomMutex* m : all) EXPECT_EQ(ProbeFromAnotherThread(m->GetHandle()), WaitResult::Acquired);
     }
-    std::thread([&] { ASSERT_EQ(uc::sync::WaitMutex(b.GetHandle()), WaitResult::Acquired); }).join();
-    {
-        CMutexLockMultiple lock(3, all);
-        EXPECT_FALSE(lock.IsValid()) << "b was abandoned";
-        for (CCustomMutex* m : all) EXPECT_EQ(ProbeFromAnotherThread(m->GetHandle()), WaitResult::Timeout);
-    }
-    for (CCustomMutex* m : all) EXPECT_EQ(ProbeFromAnotherThread(m->GetHandle()), WaitResult::Acquired);
 }
 
 TEST(MutexBackend, ClosedAndForeignHandlesFailCleanly) {

@@ -1,4 +1,4 @@
-// ChildProcess natively: posix_spawn with pipes for standard input and output, SIGKILL, waitpid.
+// The lock helper process natively: posix_spawn with pipes for standard input and output, SIGKILL, waitpid.
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
@@ -7,7 +7,7 @@
 
 #include <cerrno>
 
-#include "child_process_pipes.h"
+#include "child_process.h"
 #include "platform/paths.h"
 #include "platform/posix/fd.h"
 #include "platform/text.h"
@@ -16,17 +16,7 @@ extern char** environ;
 
 namespace uc::test {
 
-struct ChildProcess::Pipes {
-    pid_t pid = -1;
-    UniqueFd toChild, fromChild;
-    bool waited = false;
-    int status = -1;
-};
-
-ChildProcess::Pipes* NewPipes() { return new ChildProcess::Pipes; }
-void ChildProcess::PipesDeleter::operator()(Pipes* pipes) const { delete pipes; }
-
-bool SpawnChild(ChildProcess::Pipes& p, const std::wstring& program, const std::vector<std::wstring>& args) {
+bool SpawnLockChild(std::intptr_t& process, std::FILE*& toChild, std::FILE*& fromChild) {
     int in[2], out[2];
     if (::pipe2(in, O_CLOEXEC) != 0) return false;
     if (::pipe2(out, O_CLOEXEC) != 0) {
@@ -34,52 +24,29 @@ bool SpawnChild(ChildProcess::Pipes& p, const std::wstring& program, const std::
         ::close(in[1]);
         return false;
     }
-    UniqueFd childIn(in[0]), childOut(out[1]);
-    p.toChild.reset(in[1]);
-    p.fromChild.reset(out[0]);
+    const UniqueFd childIn(in[0]), childOut(out[1]);  // closed here once the child has its copies
+    toChild = ::fdopen(in[1], "w");
+    fromChild = ::fdopen(out[0], "r");
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, childIn.get(), 0);
-    posix_spawn_file_actions_adddup2(&actions, childOut.get(), 1);
-    std::vector<std::string> strings{ToUtf8(program)};
-    for (const auto& a : args) strings.push_back(ToUtf8(a));
-    std::vector<char*> argv;
-    for (auto& s : strings) argv.push_back(s.data());
-    argv.push_back(nullptr);
-    const int r = ::posix_spawn(&p.pid, strings[0].c_str(), &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_adddup2(&actions, in[0], 0);
+    posix_spawn_file_actions_adddup2(&actions, out[1], 1);
+    std::string program = ToUtf8(JoinPath(ExecutableFolder(), L"system_lock_child"));
+    char* argv[] = {program.data(), nullptr};
+    pid_t pid = -1;
+    const int r = ::posix_spawn(&pid, program.c_str(), &actions, nullptr, argv, environ);
     posix_spawn_file_actions_destroy(&actions);
-    if (r != 0) p.pid = -1;
+    process = pid;
     return r == 0;
 }
 
-long ReadChild(ChildProcess::Pipes& p, char* buffer, std::size_t size) {
-    for (;;) {
-        const ssize_t n = ::read(p.fromChild.get(), buffer, size);
-        if (n >= 0 || errno != EINTR) return static_cast<long>(n);
-    }
+void KillChild(std::intptr_t process) { ::kill(static_cast<pid_t>(process), SIGKILL); }
+
+int WaitChild(std::intptr_t process) {
+    int status = 0;
+    while (::waitpid(static_cast<pid_t>(process), &status, 0) < 0)
+        if (errno != EINTR) return -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
-
-bool WriteChild(ChildProcess::Pipes& p, const std::string& bytes) {
-    return ::write(p.toChild.get(), bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
-}
-
-void CloseChildInput(ChildProcess::Pipes& p) { p.toChild.reset(); }
-
-void KillChild(ChildProcess::Pipes& p) {
-    if (p.pid > 0 && !p.waited) ::kill(p.pid, SIGKILL);
-}
-
-int WaitChild(ChildProcess::Pipes& p) {
-    if (p.pid <= 0) return -1;
-    if (!p.waited) {
-        p.toChild.reset();  // a child reading commands sees the end of its input
-        while (::waitpid(p.pid, &p.status, 0) < 0 && errno == EINTR) {
-        }
-        p.waited = true;
-    }
-    return WIFEXITED(p.status) ? WEXITSTATUS(p.status) : -1;
-}
-
-std::wstring LockChildProgram() { return JoinPath(ExecutableFolder(), L"system_lock_child"); }
 
 }  // namespace uc::test
