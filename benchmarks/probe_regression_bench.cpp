@@ -68,14 +68,8 @@ void BM_ReferenceDigits(benchmark::State& state) {
     }
     for (auto _ : state) {
         for (const char* name : uc::test::kReferenceProblems) {
-            const auto p = uc::test::ReadReferenceProblem(SourceDir() + "/tests/probe/data/" + name + ".dat", name);
-            CPolynomialRegression r;
-            for (const auto& [x, y] : p.samples) r.AddItem(x, y);
-            r.Compute(p.Degree());
-            double fewest = 15.0;
-            for (int k = 0; k <= p.Degree(); ++k)
-                fewest = std::min(fewest, uc::test::LogRelativeError(r.GetCoefficients()[p.Degree() - k], p.certified[k]));
-            state.counters[std::string(name) + "_ours"] = fewest;
+            const auto p = uc::test::ReadReferenceProblem(SourceDir() + "/tests/probe/data/" + name + ".dat");
+            state.counters[std::string(name) + "_ours"] = uc::test::FitDigits(p);
             if (numpy.count(name)) state.counters[std::string(name) + "_numpy"] = numpy[name];
         }
     }

@@ -7,12 +7,14 @@
 #include <filesystem>
 #include <string>
 
+#include "../support/run_marker.h"
 #include "platform/text.h"
 #include "platform/win/gdiplus_encoders.h"
 #include "platform/win/handles.h"
 #include "review/thumbnailer.h"
 
 int wmain(int argc, wchar_t** argv) {
+    uc::bench::WriteRunMarker();
     namespace fs = std::filesystem;
     const int count = argc > 1 ? std::max(1, _wtoi(argv[1])) : 200;
     const fs::path dir = fs::temp_directory_path() / "uc-thumbnail-bench";

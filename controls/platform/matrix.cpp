@@ -15,7 +15,10 @@ namespace {
 
 using RowMajorMatrix = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
 
-bool SizeUsable(int rows, int columns) { return rows > 0 && columns > 0 && rows <= INT_MAX / columns; }
+// rows x columns within int indexing; multiplied in 64 bits (a division would cost more than the element store).
+bool SizeUsable(int rows, int columns) {
+    return rows > 0 && columns > 0 && static_cast<long long>(rows) * columns <= INT_MAX;
+}
 
 void FillNaN(double* solution, int columns) {
     if (!solution) return;
@@ -52,6 +55,16 @@ Eigen::VectorXd Residual(const ScaledSystem& s, const Eigen::VectorXd& z) {
         r[i] = static_cast<double>(sum);
     }
     return r;
+}
+
+// The size of a correction `dz` to the scaled unknowns `z`, relative per component so that small coefficients
+// get their digits too; components below sqrt(eps) of the largest count at that floor.
+double RelativeChange(const Eigen::VectorXd& z, const Eigen::VectorXd& dz) {
+    const double floor = std::sqrt(std::numeric_limits<double>::epsilon()) * z.lpNorm<Eigen::Infinity>();
+    double worst = 0.0;
+    for (Eigen::Index j = 0; j < z.size(); ++j)
+        worst = std::max(worst, std::abs(dz[j]) / std::max({std::abs(z[j]), floor, DBL_MIN}));
+    return worst;
 }
 
 using Decomposition = Eigen::CompleteOrthogonalDecomposition<Eigen::Ref<Eigen::MatrixXd>>;
@@ -134,13 +147,12 @@ Eigen::VectorXd SolveFullRank(const ScaledSystem& s, const Decomposition& cod) {
         z += dz;
         // Each pass shrinks the error by about the ratio of successive corrections; after the first refinement
         // that ratio is unknown and taken as the square root of the correction's relative size (large-residual
-        // problems contract slowly). Sizes are relative per component, so that small coefficients get their
-        // digits too; components below sqrt(eps) of the largest count at that floor.
-        const double floor = std::sqrt(std::numeric_limits<double>::epsilon()) * z.lpNorm<Eigen::Infinity>();
-        double worst = 0.0;
-        for (Eigen::Index j = 0; j < m; ++j) worst = std::max(worst, std::abs(dz[j]) / std::max({std::abs(z[j]), floor, DBL_MIN}));
+        // problems contract slowly).
+        const double worst = RelativeChange(z, dz);
         if (pass > 0) {
-            const double ratio = pass == 1 ? std::sqrt(worst) : worst / std::max(previous, DBL_MIN);
+            // The first correction says nothing of the contraction (it depends on how small the smallest
+        // components are), so a second pass measures it unless the first changed less than a rounding.
+        const double ratio = pass == 1 ? 1.0 : worst / std::max(previous, DBL_MIN);
             if (worst * std::min(ratio, 1.0) <= std::numeric_limits<double>::epsilon()) break;
         }
         previous = worst;
@@ -160,7 +172,163 @@ Eigen::VectorXd SolveMinimumNorm(const Eigen::Map<const RowMajorMatrix>& input, 
     return z / commonScale;
 }
 
+// Tall problems are first factored as they stream by: blocks of rows small enough for the first-level cache
+// are folded into the triangular factor of everything before them (Householder reflections of the stacked
+// [R c; block b]), so the n x m matrix is read once and never copied. Householder QR commutes exactly with
+// scaling columns by powers of two, so no scaling is needed while every entry stays far from over- and
+// underflow; the scales only matter for the rank decision and the refinement's measures.
+class StreamedQR {
+public:
+    enum Status { kFactored, kNotFinite, kOutOfRange };
+
+    StreamedQR(const double* matrix, int rows, int columns, const double* rhs)
+        : m_r(Eigen::MatrixXd::Zero(columns, columns + 1)), m_block(kBlockRows, columns + 1) {
+        const Eigen::Index m = columns;
+        for (int first = 0; first < rows && m_status == kFactored; first += kBlockRows) {
+            const int count = std::min(kBlockRows, rows - first);
+            bool finite = true, inRange = true;
+            for (int i = 0; i < count; ++i) {
+                const double* row = matrix + static_cast<std::ptrdiff_t>(first + i) * m;
+                for (Eigen::Index j = 0; j <= m; ++j) {
+                    const double v = j < m ? row[j] : rhs[first + i];
+                    const double magnitude = std::fabs(v);
+                    finite &= magnitude <= DBL_MAX;
+                    inRange &= (magnitude <= kLargest) & ((magnitude >= kSmallest) | (v == 0.0));
+                    m_block(i, j) = v;
+                }
+            }
+            if (!finite) m_status = kNotFinite;
+            else if (!inRange) m_status = kOutOfRange;
+            else Fold(count);
+        }
+    }
+
+    Status status() const { return m_status; }
+    // R (columns x columns, upper triangular) and c = Q^T b (its last column).
+    const Eigen::MatrixXd& factor() const { return m_r; }
+
+private:
+    // Entries between these powers of two keep every sum of squares in range.
+    static constexpr double kLargest = 0x1p450, kSmallest = 0x1p-450;
+    static constexpr int kBlockRows = 256;
+
+    // One reflection per column zeroes the block below R's diagonal; R's own zeros below the diagonal stay.
+    void Fold(int count) {
+        const Eigen::Index m = m_r.rows();
+        for (Eigen::Index k = 0; k < m; ++k) {
+            auto v = m_block.col(k).head(count);
+            const double sigma = v.squaredNorm();
+            if (sigma == 0.0) continue;
+            const double alpha = m_r(k, k);
+            const double beta = -std::copysign(std::sqrt(alpha * alpha + sigma), alpha);
+            const double tau = (beta - alpha) / beta;
+            v *= 1.0 / (alpha - beta);
+            for (Eigen::Index j = k + 1; j <= m; ++j) {
+                auto column = m_block.col(j).head(count);
+                const double w = tau * (m_r(k, j) + column.dot(v));
+                m_r(k, j) -= w;
+                column -= w * v;
+            }
+            m_r(k, k) = beta;
+        }
+    }
+
+    Eigen::MatrixXd m_r;
+    Eigen::MatrixXd m_block;
+    Status m_status = kFactored;
+};
+
+// g += A^T (b - A z), the residual and the sums carried wide. Rows go by chunks that stay in the first-level
+// cache: residuals of the chunk first, then one column at a time; two interleaved sums halve the chains of
+// dependent additions.
+void WideNormalProduct(const double* matrix, int rows, Eigen::Index m, const double* rhs, const Eigen::VectorXd& z,
+                       std::vector<Wide>& g) {
+    constexpr int kChunk = 64;
+    Wide s[kChunk];
+    for (int first = 0; first < rows; first += kChunk) {
+        const int count = std::min(kChunk, rows - first);
+        const double* chunk = matrix + static_cast<std::ptrdiff_t>(first) * m;
+        for (int i = 0; i < count; ++i) {
+            const double* row = chunk + i * m;
+            Wide even = rhs[first + i], odd = 0;
+            Eigen::Index j = 0;
+            for (; j + 1 < m; j += 2) {
+                even -= static_cast<Wide>(row[j]) * z[j];
+                odd -= static_cast<Wide>(row[j + 1]) * z[j + 1];
+            }
+            if (j < m) even -= static_cast<Wide>(row[j]) * z[j];
+            s[i] = even + odd;
+        }
+        for (Eigen::Index j = 0; j < m; ++j) {
+            Wide even = 0, odd = 0;
+            int i = 0;
+            for (; i + 1 < count; i += 2) {
+                even += static_cast<Wide>(chunk[i * m + j]) * s[i];
+                odd += static_cast<Wide>(chunk[(i + 1) * m + j]) * s[i + 1];
+            }
+            if (i < count) even += static_cast<Wide>(chunk[i * m + j]) * s[i];
+            g[static_cast<std::size_t>(j)] += even + odd;
+        }
+    }
+}
+
+// Full-column-rank least squares from the streamed factor, refined with the corrected semi-normal equations:
+// dz = (R^T R)^-1 A^T (b - A z), residual and product carried wide in one pass over the rows. Each pass
+// contracts the error by about eps * cond^2, so this serves well-conditioned problems (the usual fit) and
+// reports false (the caller then takes the augmented-system route) when the corrections stop shrinking.
+bool RefineSemiNormal(const double* matrix, int rows, int columns, const double* rhs, const Eigen::MatrixXd& factor,
+                      const Eigen::VectorXd& scale, Eigen::VectorXd& z) {
+    const Eigen::Index m = columns;
+    const auto r = factor.leftCols(m).triangularView<Eigen::Upper>();
+    z = r.solve(factor.col(m));
+    std::vector<Wide> g(static_cast<std::size_t>(m));
+    double previous = 0.0;
+    for (int pass = 1; pass <= 6; ++pass) {
+        std::fill(g.begin(), g.end(), Wide(0));
+        WideNormalProduct(matrix, rows, m, rhs, z, g);
+        Eigen::VectorXd dz(m);
+        for (Eigen::Index j = 0; j < m; ++j) dz[j] = static_cast<double>(g[static_cast<std::size_t>(j)]);
+        r.transpose().solveInPlace(dz);
+        r.solveInPlace(dz);
+        z += dz;
+        if (!z.allFinite()) return false;
+        const double worst = RelativeChange(z.cwiseProduct(scale), dz.cwiseProduct(scale));
+        // The first correction says nothing of the contraction (it depends on how small the smallest
+        // components are), so a second pass measures it unless the first changed less than a rounding.
+        const double ratio = pass == 1 ? 1.0 : worst / std::max(previous, DBL_MIN);
+        if (worst * std::min(ratio, 1.0) <= std::numeric_limits<double>::epsilon()) return true;
+        if (pass > 1 && ratio > 0.1) return false;  // too slow: the augmented route does better
+        previous = worst;
+    }
+    return false;
+}
+
+// The streamed route: true with `x` set when the problem is tall, in range and of full rank and the
+// refinement converged; false (nothing decided) otherwise.
+bool SolveStreamed(const double* matrix, int rows, int columns, const double* rhs, Eigen::VectorXd& x,
+                   bool& notFinite) {
+    const StreamedQR qr(matrix, rows, columns, rhs);
+    notFinite = qr.status() == StreamedQR::kNotFinite;
+    if (qr.status() != StreamedQR::kFactored) return false;
+    // Column norms of A are those of R; the rank is decided on the equilibrated factor, as on the matrix.
+    const Eigen::Index m = columns;
+    Eigen::VectorXd scale(m);
+    for (Eigen::Index j = 0; j < m; ++j) scale[j] = PowerOfTwoNear(qr.factor().col(j).head(j + 1).norm());
+    const Eigen::MatrixXd equilibrated = qr.factor().leftCols(m) * scale.cwiseInverse().asDiagonal();
+    if (Eigen::ColPivHouseholderQR<Eigen::MatrixXd>(equilibrated).rank() < m) return false;
+    return RefineSemiNormal(matrix, rows, columns, rhs, qr.factor(), scale, x);
+}
+
 bool Solve(const double* matrix, int rows, int columns, const double* rhs, double* solution) {
+    if (rows >= columns) {
+        Eigen::VectorXd x;
+        bool notFinite = false;
+        if (SolveStreamed(matrix, rows, columns, rhs, x, notFinite)) {
+            Eigen::Map<Eigen::VectorXd>(solution, columns) = x;
+            return true;
+        }
+        if (notFinite) return false;
+    }
     const Eigen::Map<const RowMajorMatrix> input(matrix, rows, columns);
     const Eigen::Map<const Eigen::VectorXd> b(rhs, rows);
     if (!b.allFinite()) return false;

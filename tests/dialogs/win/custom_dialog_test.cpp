@@ -21,11 +21,10 @@ using uc::test::ConsoleTemplate;
 namespace {
 
 // A console dialog whose test steps run inside its modal loop (posted after WM_INITDIALOG).
-class TestDialog : public CCustomDialog {
+class TestDialog : public uc::test::Stepped<TestDialog, CCustomDialog> {
 public:
     TestDialog() { SetTemplate(ConsoleTemplate()); }
     std::function<void(TestDialog&)> beforeInit;  // before the base initialisation (derived dialogs set fields here)
-    std::function<void(TestDialog&)> steps;       // inside the running modal loop; must end the dialog
     std::function<void(uc::ui::PaintDC&)> draw;
     int systemCloses = 0, cancels = 0;
 
@@ -38,25 +37,13 @@ public:
     using CCustomDialog::AddRemovableDrives;
 
 protected:
-    static constexpr UINT kRunSteps = WM_APP + 300;
     BOOL OnInitDialog() override {
         if (beforeInit) beforeInit(*this);
-        const BOOL r = CCustomDialog::OnInitDialog();
-        uc::test::ArmWatchdog(m_hWnd);
-        Post(kRunSteps);
-        return r;
+        return Stepped::OnInitDialog();
     }
     LRESULT WindowProc(UINT msg, WPARAM wp, LPARAM lp) override {
         if (msg == WM_SYSCOMMAND && (wp & 0xFFF0) == SC_CLOSE) ++systemCloses;
-        if (msg == kRunSteps) {
-            if (steps) {
-                steps(*this);
-            } else {
-                EndDialog(IDOK);
-            }
-            return 0;
-        }
-        return CCustomDialog::WindowProc(msg, wp, lp);
+        return Stepped::WindowProc(msg, wp, lp);
     }
     void OnCancel() override {
         ++cancels;
@@ -151,28 +138,8 @@ TEST_F(CustomDialogTest, ATitleShownIsNeverOverwrittenAndWithoutTitleControlsAre
     EXPECT_EQ(untitled.DoModal(), IDOK);
 }
 
-// The console's touch-panel window: records the two notifications and answers the first.
-class TouchPanel : public uc::ui::Window {
-public:
-    struct Received {
-        UINT msg;
-        WPARAM wp;
-        LPARAM lp;
-    };
-    std::vector<Received> received;
-
-protected:
-    LRESULT WindowProc(UINT msg, WPARAM wp, LPARAM lp) override {
-        if (msg == UWM_TOUCH_DIALOG_OPEN || msg == UWM_TOUCH_DIALOG_CLOSE) {
-            received.push_back({msg, wp, lp});
-            return msg == UWM_TOUCH_DIALOG_OPEN ? 0x1234 : 0;
-        }
-        return Window::WindowProc(msg, wp, lp);
-    }
-};
-
 TEST_F(CustomDialogTest, TouchPanelHearsOpenWithTheDialogAndDestroy) {
-    TouchPanel touch;
+    uc::test::TouchPanel touch;
     ASSERT_TRUE(touch.Create(0, nullptr, L"touch", WS_POPUP, {0, 0, 10, 10}, nullptr, 0));
     CCustomDialog::m_touch = touch.GetHwnd();
     TestDialog d;

@@ -43,12 +43,20 @@ int DarkPixels(const uc::ui::Pixels& px, const RECT& r) {
     return dark;
 }
 
+LRESULT TouchPanel::WindowProc(UINT msg, WPARAM wp, LPARAM lp) {
+    if (msg != UWM_TOUCH_DIALOG_OPEN && msg != UWM_TOUCH_DIALOG_CLOSE) return Window::WindowProc(msg, wp, lp);
+    received.push_back({msg, wp, lp});
+    return msg == UWM_TOUCH_DIALOG_OPEN ? kReply : 0;
+}
+
 void ClickWithMouseMessages(HWND hwnd) {
     RECT r{};
     ::GetClientRect(hwnd, &r);
     const LPARAM at = MAKELPARAM(r.right / 2, r.bottom / 2);
-    ::PostMessageW(hwnd, WM_LBUTTONDOWN, MK_LBUTTON, at);
-    ::PostMessageW(hwnd, WM_LBUTTONUP, 0, at);
+    // Sent, not posted: between two posted messages another program's window taking the focus cancels the
+    // button's capture, and the click is lost.
+    ::SendMessageW(hwnd, WM_LBUTTONDOWN, MK_LBUTTON, at);
+    ::SendMessageW(hwnd, WM_LBUTTONUP, 0, at);
 }
 
 void ClickWithSendInput(HWND hwnd) {

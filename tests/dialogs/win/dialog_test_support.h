@@ -4,9 +4,12 @@
 #include <windows.h>
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
+#include "dialogs/win/custom_dialog.h"
 #include "ui/win/capture.h"
+#include "ui/win/window.h"
 
 namespace uc::test {
 
@@ -27,7 +30,7 @@ int DarkPixels(const uc::ui::Pixels& px, const RECT& r);
 // A COLORREF as 0xRRGGBB, the form pictures give.
 inline std::uint32_t Rgb(COLORREF c) { return (static_cast<std::uint32_t>(GetRValue(c)) << 16) | (GetGValue(c) << 8) | GetBValue(c); }
 
-// Left click at the centre of `hwnd` through posted mouse messages (down, up).
+// Left click at the centre of `hwnd` through mouse messages (down, up) sent one after the other.
 void ClickWithMouseMessages(HWND hwnd);
 // Left click at the centre of `hwnd` through SendInput (moves the real pointer).
 void ClickWithSendInput(HWND hwnd);
@@ -39,5 +42,47 @@ inline constexpr INT_PTR kWatchdogResult = -77;
 // Ends the modal dialog (or property sheet) `hwnd` after 20 s if the test has not ended it: input that went to
 // another program's window must fail the test, not hang it. A USER32 timer, so hand-driven timers do not hold it.
 void ArmWatchdog(HWND hwnd);
+
+// The console's touch-panel window: records the open and destroy notifications and answers the open one.
+class TouchPanel : public uc::ui::Window {
+public:
+    struct Received {
+        UINT msg;
+        WPARAM wp;
+        LPARAM lp;
+    };
+    static constexpr LRESULT kReply = 0x1234;
+    std::vector<Received> received;
+
+protected:
+    LRESULT WindowProc(UINT msg, WPARAM wp, LPARAM lp) override;
+};
+
+// A dialog or sheet (Base) that runs the test's `steps` inside its modal loop, posted once its initialisation is
+// done, under the watchdog. Without steps it is closed with its OK button. Self is the test's class.
+inline constexpr UINT kRunSteps = WM_APP + 300;
+template <class Self, class Base>
+class Stepped : public Base {
+public:
+    using Base::Base;
+    std::function<void(Self&)> steps;
+
+protected:
+    BOOL OnInitDialog() override {
+        const BOOL r = Base::OnInitDialog();
+        ArmWatchdog(this->GetHwnd());
+        this->Post(kRunSteps);
+        return r;
+    }
+    LRESULT WindowProc(UINT msg, WPARAM wp, LPARAM lp) override {
+        if (msg != kRunSteps) return Base::WindowProc(msg, wp, lp);
+        if (steps) {
+            steps(static_cast<Self&>(*this));
+        } else {
+            this->Post(WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), reinterpret_cast<LPARAM>(this->Item(IDOK)));
+        }
+        return 0;
+    }
+};
 
 }  // namespace uc::test

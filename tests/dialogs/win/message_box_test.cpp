@@ -22,26 +22,9 @@
 
 namespace {
 
-class TestPrompt : public CCustomMessageBox {
+class TestPrompt : public uc::test::Stepped<TestPrompt, CCustomMessageBox> {
 public:
-    std::function<void(TestPrompt&)> steps;
     using CCustomMessageBox::m_title;
-
-protected:
-    static constexpr UINT kRunSteps = WM_APP + 301;
-    BOOL OnInitDialog() override {
-        const BOOL r = CCustomMessageBox::OnInitDialog();
-        uc::test::ArmWatchdog(m_hWnd);
-        Post(kRunSteps);
-        return r;
-    }
-    LRESULT WindowProc(UINT msg, WPARAM wp, LPARAM lp) override {
-        if (msg == kRunSteps && steps) {
-            steps(*this);
-            return 0;
-        }
-        return CCustomMessageBox::WindowProc(msg, wp, lp);
-    }
 };
 
 class MessageBoxTest : public ::testing::Test {

@@ -23,8 +23,6 @@
 
 namespace {
 
-constexpr UINT kRunSteps = WM_APP + 302;
-
 std::vector<WORD> PageTemplate(const wchar_t* text, short cx, short cy, WORD points = 8) {
     uc::ui::DialogTemplate t(WS_CHILD | WS_DISABLED | WS_CAPTION | DS_CONTROL, 0, 0, 0, cx, cy, L"Page", L"MS Shell Dlg", points);
     t.Add(L"STATIC", text, 1400, WS_CHILD | WS_VISIBLE, 5, 5, 100, 10);
@@ -36,46 +34,12 @@ public:
     TestPage(const wchar_t* text, short cx = 180, short cy = 90, WORD points = 8) { SetTemplate(PageTemplate(text, cx, cy, points)); }
 };
 
-class TestSheet : public CCustomPropertySheet {
+class TestSheet : public uc::test::Stepped<TestSheet, CCustomPropertySheet> {
 public:
-    using CCustomPropertySheet::CCustomPropertySheet;
-    std::function<void(TestSheet&)> steps;
+    using Stepped::Stepped;
     using CCustomPropertySheet::m_applyButton;
     using CCustomPropertySheet::m_cancelButton;
     using CCustomPropertySheet::m_okButton;
-
-protected:
-    BOOL OnInitDialog() override {
-        const BOOL r = CCustomPropertySheet::OnInitDialog();
-        uc::test::ArmWatchdog(m_hWnd);
-        Post(kRunSteps);
-        return r;
-    }
-    LRESULT WindowProc(UINT msg, WPARAM wp, LPARAM lp) override {
-        if (msg == kRunSteps) {
-            if (steps) {
-                steps(*this);
-            } else {
-                uc::test::ClickWithMouseMessages(Item(IDOK));
-            }
-            return 0;
-        }
-        return CCustomPropertySheet::WindowProc(msg, wp, lp);
-    }
-};
-
-class TouchPanel : public uc::ui::Window {
-public:
-    std::vector<std::pair<UINT, WPARAM>> received;
-
-protected:
-    LRESULT WindowProc(UINT msg, WPARAM wp, LPARAM lp) override {
-        if (msg == UWM_TOUCH_DIALOG_OPEN || msg == UWM_TOUCH_DIALOG_CLOSE) {
-            received.emplace_back(msg, wp);
-            return msg == UWM_TOUCH_DIALOG_OPEN ? 77 : 0;
-        }
-        return Window::WindowProc(msg, wp, lp);
-    }
 };
 
 class SheetTest : public ::testing::Test {
@@ -113,7 +77,7 @@ RECT ChildRect(HWND parent, HWND child) {
 TEST_F(SheetTest, OpensCentredTranslatedWithoutCloseBoxAndTellsTheTouchPanel) {
     uc::SetLocalisedString("page.text", L"Seitentext");
     uc::SetLocalisedString("Page", L"Seite");
-    TouchPanel touch;
+    uc::test::TouchPanel touch;
     ASSERT_TRUE(touch.Create(0, nullptr, L"", WS_POPUP, {0, 0, 5, 5}, nullptr, 0));
     CCustomPropertySheet::m_touch = touch.GetHwnd();
     TestPage first(L"page.text"), second(L"other");
@@ -133,14 +97,14 @@ TEST_F(SheetTest, OpensCentredTranslatedWithoutCloseBoxAndTellsTheTouchPanel) {
         EXPECT_EQ(uc::test::TextOf(::GetDlgItem(self.ActivePage(), 1400)), L"Seitentext");
         EXPECT_EQ(TabText(self.TabControl(), 0), L"Seite") << "tab texts are translated too";
         ASSERT_EQ(touch.received.size(), 1u);
-        EXPECT_EQ(touch.received[0].first, 0x8048u);
-        EXPECT_EQ(touch.received[0].second, reinterpret_cast<WPARAM>(static_cast<CCustomPropertySheet*>(&self)));
-        EXPECT_EQ(self.TouchReply(), 77);
+        EXPECT_EQ(touch.received[0].msg, 0x8048u);
+        EXPECT_EQ(touch.received[0].wp, reinterpret_cast<WPARAM>(static_cast<CCustomPropertySheet*>(&self)));
+        EXPECT_EQ(self.TouchReply(), uc::test::TouchPanel::kReply);
         uc::test::ClickWithMouseMessages(self.Item(IDOK));
     };
     EXPECT_EQ(sheet.DoModal(), IDOK);
     ASSERT_EQ(touch.received.size(), 2u);
-    EXPECT_EQ(touch.received[1].first, 0x804Eu);
+    EXPECT_EQ(touch.received[1].msg, 0x804Eu);
 }
 
 TEST_F(SheetTest, CascadedColourReachesOnlyPagesAddedAfterIt) {
@@ -294,12 +258,9 @@ private:
     Journal& m_journal;
 };
 
-class TestTabbed : public CTabbedCustomDialog {
+class TestTabbed : public uc::test::Stepped<TestTabbed, CTabbedCustomDialog> {
 public:
-    explicit TestTabbed(Journal& journal) : CTabbedCustomDialog(0, 1300, nullptr), m_journal(journal) {
-        SetTemplate(TabbedTemplate());
-    }
-    std::function<void(TestTabbed&)> steps;
+    explicit TestTabbed(Journal& journal) : Stepped(0, 1300, nullptr), m_journal(journal) { SetTemplate(TabbedTemplate()); }
     bool withMissing = false;
 
 protected:
@@ -309,19 +270,6 @@ protected:
         AddTab("tab.second", new TestTabPage("second", m_journal));
         AddTab("tab.third", new TestTabPage("third", m_journal, IDD_DIALOG_TEST_PAGE, ::GetModuleHandleW(nullptr)));
         if (withMissing) AddTab("tab.missing", new TestTabPage("missing", m_journal, 4242, ::GetModuleHandleW(nullptr)));
-    }
-    BOOL OnInitDialog() override {
-        const BOOL r = CTabbedCustomDialog::OnInitDialog();
-        uc::test::ArmWatchdog(m_hWnd);
-        Post(kRunSteps);
-        return r;
-    }
-    LRESULT WindowProc(UINT msg, WPARAM wp, LPARAM lp) override {
-        if (msg == kRunSteps && steps) {
-            steps(*this);
-            return 0;
-        }
-        return CTabbedCustomDialog::WindowProc(msg, wp, lp);
     }
 
 private:

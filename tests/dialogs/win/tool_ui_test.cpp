@@ -3,26 +3,24 @@
 
 #include <windows.h>
 
-#include <sstream>
-
-#include "command.h"
 #include "platform/win/gdiplus_encoders.h"
 #include "skin/win/gdiplus.h"
 #include "support/temp_dir.h"
+#include "support/tool_run.h"
 
 namespace {
 
 TEST(ToolUi, ScreenshotsOfEveryDialog) {
     uc::test::TempDir dir;
-    std::wostringstream out, err;
-    ASSERT_EQ(uctool::Dispatch({L"ui", L"--screenshot", dir.path()}, out, err), 0) << err.str();
+    const uc::test::ToolRun run = uc::test::RunTool(L"ui", {L"--screenshot", dir.path()});
+    ASSERT_EQ(run.code, 0) << run.err;
     uc::GdiplusSession gdiplus;
     for (const wchar_t* name : {L"console.png", L"message_box.png", L"please_wait.png", L"property_sheet.png",
                                 L"tabbed_dialog.png"}) {
         Gdiplus::Bitmap picture(dir.file(name).c_str());
         ASSERT_EQ(picture.GetLastStatus(), Gdiplus::Ok) << dir.file(name);
         EXPECT_GT(picture.GetWidth(), 100u);
-        EXPECT_NE(out.str().find(name), std::wstring::npos);
+        EXPECT_NE(run.out.find(name), std::wstring::npos);
     }
     // The console dialog is drawn in its flat colour (60, 64, 72) below its title.
     Gdiplus::Bitmap console(dir.file(L"console.png").c_str());
@@ -42,9 +40,9 @@ TEST(ToolUi, ScreenshotsOfEveryDialog) {
 }
 
 TEST(ToolUi, UnknownArgumentsAreBadUsage) {
-    std::wostringstream out, err;
-    EXPECT_EQ(uctool::Dispatch({L"ui", L"--what"}, out, err), 2);
-    EXPECT_NE(err.str().find(L"usage: uctool ui"), std::wstring::npos);
+    const uc::test::ToolRun run = uc::test::RunTool(L"ui", {L"--what"});
+    EXPECT_EQ(run.code, 2);
+    EXPECT_NE(run.err.find(L"usage: uctool ui"), std::wstring::npos);
 }
 
 }  // namespace
