@@ -20,17 +20,6 @@ BatteryConnection::~BatteryConnection() {
     m_replies.clear();
 }
 
-bool BatteryConnection::Failed(std::wstring why) {
-    CriticalSectionLock lock(m_lock);
-    m_lastFailure = std::move(why);
-    return false;
-}
-
-std::wstring BatteryConnection::LastFailure() const {
-    CriticalSectionLock lock(m_lock);
-    return m_lastFailure;
-}
-
 bool BatteryConnection::Query(unsigned char command, unsigned char reply, unsigned long timeoutMs,
                               unsigned char& length, unsigned char* data, const wchar_t* what) {
     if (!SendCommand(command, 0, nullptr))

@@ -12,6 +12,7 @@
 #include "platform/serial/critical_section.h"
 #include "platform/serial/serial_connection.h"
 #include "power/battery_status.h"
+#include "power/power_probe.h"
 
 class UC_API BatteryConnection : public CSerialConnection {
 public:
@@ -30,7 +31,7 @@ public:
 
     // Why the last ping or status query failed: the command could not be sent, no reply in time, or what the
     // reply held instead (empty after a success).
-    std::wstring LastFailure() const;
+    std::wstring LastFailure() const { return m_lastFailure.Get(); }
 
     // Replies received that no caller has taken yet, and callers currently waiting (diagnostics).
     std::size_t PendingReplies() const;
@@ -68,9 +69,12 @@ private:
     std::vector<Reply> m_replies;                     // arrival order; no bound, no ageing
     std::multimap<unsigned char, Waiter> m_waiters;  // one entry per waiting caller, in order of waiting
     unsigned char m_frame[259];                           // scratch for the parser
-    std::wstring m_lastFailure;                           // guarded by m_lock
+    uc::power::FailureText m_lastFailure;
 
-    bool Failed(std::wstring why);
+    bool Failed(std::wstring why) {
+        m_lastFailure.Set(std::move(why));
+        return false;
+    }
     bool Query(unsigned char command, unsigned char reply, unsigned long timeoutMs, unsigned char& length,
                unsigned char* data, const wchar_t* what);
 };

@@ -38,17 +38,6 @@ void CUPSConnection::Tokenize(CCircularBuffer& received) {
     if (any) m_dataEvent.Set();
 }
 
-bool CUPSConnection::Failed(std::wstring why) {
-    CriticalSectionLock lock(m_bufferLock);
-    m_lastFailure = std::move(why);
-    return false;
-}
-
-std::wstring CUPSConnection::LastFailure() const {
-    CriticalSectionLock lock(m_bufferLock);
-    return m_lastFailure;
-}
-
 bool CUPSConnection::SendCommand(unsigned char command, unsigned char* reply, unsigned int replyLength) {
     if (!IsOpen() || reply == nullptr || replyLength == 0) return Failed(IsOpen() ? L"no room for a reply" : L"the port is not open");
     CriticalSectionLock commandLock(m_commandLock);
@@ -64,12 +53,11 @@ bool CUPSConnection::SendCommand(unsigned char command, unsigned char* reply, un
         unsigned int size = 0;
         switch (ups::TakeReply(m_buffer, replyLength, reply, size)) {
             case ups::ReplyResult::Reply:
-                m_lastFailure.clear();
+                m_lastFailure.Set(L"");
                 return true;
             case ups::ReplyResult::TooLong:
-                m_lastFailure = uc::Format(L"the reply to \"%c\" was longer than %u characters",
-                                           static_cast<wchar_t>(command), replyLength);
-                return false;
+                return Failed(uc::Format(L"the reply to \"%c\" was longer than %u characters",
+                                         static_cast<wchar_t>(command), replyLength));
             case ups::ReplyResult::NoData:
                 UC_LOG(zelLogger::Failure)(L"SendCommand - Data event triggered with no data");
                 break;

@@ -8,6 +8,7 @@
 #include "platform/serial/circular_buffer.h"
 #include "platform/serial/critical_section.h"
 #include "platform/serial/serial_connection.h"
+#include "power/power_probe.h"
 
 class UC_API CUPSConnection : public CSerialConnection {
 public:
@@ -31,7 +32,7 @@ public:
     unsigned int BufferedBytes() const;
     // Why the last command failed: port closed, not sent, no reply in time, or a reply too long (empty after
     // a success).
-    std::wstring LastFailure() const;
+    std::wstring LastFailure() const { return m_lastFailure.Get(); }
 
 protected:
     void Tokenize(CCircularBuffer& received) override;
@@ -41,7 +42,10 @@ private:
     mutable CriticalSection m_bufferLock;  // m_buffer
     uc::Event m_dataEvent;                 // auto-reset: bytes were received
     CCircularBuffer m_buffer;
-    std::wstring m_lastFailure;  // guarded by m_bufferLock
+    uc::power::FailureText m_lastFailure;
 
-    bool Failed(std::wstring why);
+    bool Failed(std::wstring why) {
+        m_lastFailure.Set(std::move(why));
+        return false;
+    }
 };

@@ -22,8 +22,8 @@ void Feed(OpenBatteryConnection& c, const Bytes& b) {
 }
 
 // Waits on another thread for a 0x2E reply; gives its first data byte, or -1 when it timed out.
-std::future<int> WaitAsync(OpenBatteryConnection& c) {
-    return std::async(std::launch::async, [&c] {
+Background<int> WaitAsync(uc::ManualClock& clock, OpenBatteryConnection& c) {
+    return InBackground(clock, [&c] {
         unsigned char length = 0, data[255] = {};
         return c.WaitForAcknowledge(0x2E, length, data, 2000) ? static_cast<int>(data[0]) : -1;
     });
@@ -74,7 +74,7 @@ TEST(BatteryReplies, OldestMatchingReplyIsTakenAndOthersStay) {
 TEST(BatteryReplies, WaitTimesOutOnTheClockAndLeavesNoWaiter) {
     uc::ManualClock clock;
     OpenBatteryConnection c(clock);
-    auto r = std::async(std::launch::async, [&] {
+    auto r = InBackground(clock, [&] {
         unsigned char length = 0, data[255];
         return c.WaitForAcknowledge(bp::PingReply, length, data, 1000);
     });
@@ -90,9 +90,9 @@ TEST(BatteryReplies, WaitTimesOutOnTheClockAndLeavesNoWaiter) {
 TEST(BatteryReplies, FirstToWaitGetsTheFirstReplyOneWakePerFrame) {
     uc::ManualClock clock;
     OpenBatteryConnection c(clock);
-    auto first = WaitAsync(c);
+    auto first = WaitAsync(clock, c);
     ASSERT_TRUE(Eventually([&] { return c.Waiters() == 1; }));
-    auto second = WaitAsync(c);
+    auto second = WaitAsync(clock, c);
     ASSERT_TRUE(Eventually([&] { return c.Waiters() == 2; }));
     Feed(c, bp::EncodeReply(0x2E, {7}));
     ASSERT_TRUE(ReadySoon(first));
@@ -106,8 +106,8 @@ TEST(BatteryReplies, FirstToWaitGetsTheFirstReplyOneWakePerFrame) {
 TEST(BatteryReplies, TwoFramesInOneBatchWakeTwoWaiters) {
     uc::ManualClock clock;
     OpenBatteryConnection c(clock);
-    auto a = WaitAsync(c);
-    auto b = WaitAsync(c);
+    auto a = WaitAsync(clock, c);
+    auto b = WaitAsync(clock, c);
     ASSERT_TRUE(Eventually([&] { return c.Waiters() == 2; }));
     Bytes both = bp::EncodeReply(0x2E, {1});
     Bytes second = bp::EncodeReply(0x2E, {2});
@@ -150,8 +150,8 @@ protected:
         f.silent = true;
         module.SetFaults(f);
     }
-    std::future<bool> StatusAsync(BatteryStatus& out) {
-        return std::async(std::launch::async, [&] { return link.GetBatteryStatus(out); });
+    Background<bool> StatusAsync(BatteryStatus& out) {
+        return InBackground(clock, [&] { return link.GetBatteryStatus(out); });
     }
 };
 
@@ -197,7 +197,7 @@ TEST_F(BatteryLinkTest, WrongEndByteFailsThatReplyOnlyAndIsLogged) {
     sim::Faults f;
     f.wrongEnd = true;
     module.SetFaults(f);
-    auto r = std::async(std::launch::async, [&] { return link.PingBattery(); });
+    auto r = InBackground(clock, [&] { return link.PingBattery(); });
     ASSERT_TRUE(link.WaitForReceivedCount(5, 10s));
     ASSERT_TRUE(clock.WaitForWaiters(1));
     clock.Advance(1000ms);
@@ -230,7 +230,7 @@ TEST_F(BatteryLinkTest, LateReplyAnswersTheNextPing) {
     sim::Faults f;
     f.replyDelay = 1500ms;
     module.SetFaults(f);
-    auto r = std::async(std::launch::async, [&] { return link.PingBattery(); });
+    auto r = InBackground(clock, [&] { return link.PingBattery(); });
     ASSERT_TRUE(module.WaitForCommands(bp::PingCommand, 1, 10s));
     ASSERT_TRUE(clock.WaitForWaiters(2));
     clock.Advance(1000ms);

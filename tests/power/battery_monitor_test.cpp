@@ -133,7 +133,7 @@ TEST_F(BatteryMonitorTest, FailedReadKeepsTheSlotAndSkipsCallbackAndBalloon) {
     sim::Faults f;
     f.silent = true;
     module.SetFaults(f);
-    auto r = std::async(std::launch::async, [&] { return Read(); });
+    auto r = InBackground(clock, [&] { return Read(); });
     ASSERT_TRUE(clock.WaitForWaiters(1));
     clock.Advance(2000ms);
     EXPECT_FALSE(r.get().ok);
@@ -177,7 +177,7 @@ TEST(BatteryDetect, SilentModuleIsNotDetectedAndThePortIsClosedAgain) {
     const int port = StartSimulator(host, 0, 38400);
     ASSERT_GE(port, 0);
     BatteryMonitor monitor(clock);
-    auto r = std::async(std::launch::async, [&] { return monitor.DetectBatteryOnPort(port); });
+    auto r = InBackground(clock, [&] { return monitor.DetectBatteryOnPort(port); });
     ASSERT_TRUE(module.WaitForCommands(bp::PingCommand, 1, 10s));
     ASSERT_TRUE(clock.WaitForWaiters(1));
     clock.Advance(1000ms);

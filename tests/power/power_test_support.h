@@ -4,8 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <future>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "platform/clock.h"
@@ -36,6 +39,35 @@ bool ReadySoon(std::future<T>& f, std::chrono::milliseconds limit = 10s) {
 template <class T>
 bool StillWaiting(std::future<T>& f) {
     return f.wait_for(0ms) == std::future_status::timeout;
+}
+
+// A call running on another thread while the test drives `clock`. A test that leaves early (a failed
+// assertion) would otherwise hang in the future's destructor on a wait nobody ends: the destructor moves
+// the clock on past every deadline until the call returns, so the test fails instead.
+template <class T>
+class Background : public std::future<T> {
+public:
+    Background(uc::ManualClock& clock, std::future<T> f) : std::future<T>(std::move(f)), m_clock(&clock) {}
+    Background(Background&&) noexcept = default;
+    Background& operator=(Background&&) noexcept = default;
+    ~Background() {
+        const auto end = std::chrono::steady_clock::now() + 10s;
+        while (this->valid() && this->wait_for(1ms) != std::future_status::ready) {
+            if (std::chrono::steady_clock::now() > end) {
+                std::fputs("a background call outlived every time-out; aborting\n", stderr);
+                std::abort();
+            }
+            m_clock->Advance(1s);
+        }
+    }
+
+private:
+    uc::ManualClock* m_clock;
+};
+template <class F>
+auto InBackground(uc::ManualClock& clock, F&& call) {
+    using T = std::invoke_result_t<std::decay_t<F>&>;
+    return Background<T>(clock, std::async(std::launch::async, std::forward<F>(call)));
 }
 
 // Polls a condition in real time, for state another thread reaches (never a fixed sleep).

@@ -43,6 +43,10 @@ DeviceTreeSandbox::DeviceTreeSandbox() : m_root(FreshDir("devices")) {
     fs::create_directories(ToFsPath(m_root) / "dev");
     uc::serial::SetSysfsRoot(m_root + L"/sys");
     uc::serial::SetDeviceRoot(m_root + L"/dev");
+    // No port number reaches a real serial device: only the lines a test maps itself exist.
+    uc::serial::ClearPortMap();
+    uc::serial::SetPortFallbackPattern(L"");
+    uc::serial::SetPortDirectory(m_root + L"/dev");
 }
 
 DeviceTreeSandbox::~DeviceTreeSandbox() {
