@@ -22,8 +22,8 @@ void Feed(OpenBatteryConnection& c, const Bytes& b) {
 }
 
 // Waits on another thread for a 0x2E reply; gives its first data byte, or -1 when it timed out.
-Background<int> WaitAsync(uc::ManualClock& clock, OpenBatteryConnection& c) {
-    return InBackground(clock, [&c] {
+std::future<int> WaitAsync(OpenBatteryConnection& c) {
+    return std::async(std::launch::async, [&c] {
         unsigned char length = 0, data[255] = {};
         return c.WaitForAcknowledge(0x2E, length, data, 2000) ? static_cast<int>(data[0]) : -1;
     });
@@ -32,7 +32,7 @@ Background<int> WaitAsync(uc::ManualClock& clock, OpenBatteryConnection& c) {
 // --- The reply list and waiters, driven by hand (no port) ---
 
 TEST(BatteryReplies, WrongEndByteStopsTheBatchUntilMoreDataArrives) {
-    uc::ManualClock clock;
+    TestClock clock;
     OpenBatteryConnection c(clock);
     zelLogger::Instance().ClearEntries();
     CCircularBuffer buffer(256);
@@ -54,7 +54,7 @@ TEST(BatteryReplies, WrongEndByteStopsTheBatchUntilMoreDataArrives) {
 }
 
 TEST(BatteryReplies, OldestMatchingReplyIsTakenAndOthersStay) {
-    uc::ManualClock clock;
+    TestClock clock;
     OpenBatteryConnection c(clock);
     Feed(c, bp::EncodeReply(0x2E, {1}));
     Feed(c, bp::EncodeReply(0x1C, {0}));
@@ -72,9 +72,9 @@ TEST(BatteryReplies, OldestMatchingReplyIsTakenAndOthersStay) {
 }
 
 TEST(BatteryReplies, WaitTimesOutOnTheClockAndLeavesNoWaiter) {
-    uc::ManualClock clock;
+    TestClock clock;
     OpenBatteryConnection c(clock);
-    auto r = InBackground(clock, [&] {
+    auto r = std::async(std::launch::async, [&] {
         unsigned char length = 0, data[255];
         return c.WaitForAcknowledge(bp::PingReply, length, data, 1000);
     });
@@ -88,11 +88,11 @@ TEST(BatteryReplies, WaitTimesOutOnTheClockAndLeavesNoWaiter) {
 }
 
 TEST(BatteryReplies, FirstToWaitGetsTheFirstReplyOneWakePerFrame) {
-    uc::ManualClock clock;
+    TestClock clock;
     OpenBatteryConnection c(clock);
-    auto first = WaitAsync(clock, c);
+    auto first = WaitAsync(c);
     ASSERT_TRUE(Eventually([&] { return c.Waiters() == 1; }));
-    auto second = WaitAsync(clock, c);
+    auto second = WaitAsync(c);
     ASSERT_TRUE(Eventually([&] { return c.Waiters() == 2; }));
     Feed(c, bp::EncodeReply(0x2E, {7}));
     ASSERT_TRUE(ReadySoon(first));
@@ -104,10 +104,10 @@ TEST(BatteryReplies, FirstToWaitGetsTheFirstReplyOneWakePerFrame) {
 }
 
 TEST(BatteryReplies, TwoFramesInOneBatchWakeTwoWaiters) {
-    uc::ManualClock clock;
+    TestClock clock;
     OpenBatteryConnection c(clock);
-    auto a = WaitAsync(clock, c);
-    auto b = WaitAsync(clock, c);
+    auto a = WaitAsync(c);
+    auto b = WaitAsync(c);
     ASSERT_TRUE(Eventually([&] { return c.Waiters() == 2; }));
     Bytes both = bp::EncodeReply(0x2E, {1});
     Bytes second = bp::EncodeReply(0x2E, {2});
@@ -139,7 +139,7 @@ protected:
         ASSERT_GE(port, 0);
         ASSERT_TRUE(link.Open(port, 38400));
     }
-    uc::ManualClock clock;
+    TestClock clock;
     sim::BatteryModuleSimulator module;
     uc::power::sim::SimulatorHost host{module, clock};
     OpenBatteryConnection link{clock};
@@ -150,8 +150,8 @@ protected:
         f.silent = true;
         module.SetFaults(f);
     }
-    Background<bool> StatusAsync(BatteryStatus& out) {
-        return InBackground(clock, [&] { return link.GetBatteryStatus(out); });
+    std::future<bool> StatusAsync(BatteryStatus& out) {
+        return std::async(std::launch::async, [&] { return link.GetBatteryStatus(out); });
     }
 };
 
@@ -197,7 +197,7 @@ TEST_F(BatteryLinkTest, WrongEndByteFailsThatReplyOnlyAndIsLogged) {
     sim::Faults f;
     f.wrongEnd = true;
     module.SetFaults(f);
-    auto r = InBackground(clock, [&] { return link.PingBattery(); });
+    auto r = std::async(std::launch::async, [&] { return link.PingBattery(); });
     ASSERT_TRUE(link.WaitForReceivedCount(5, 10s));
     ASSERT_TRUE(clock.WaitForWaiters(1));
     clock.Advance(1000ms);
@@ -230,7 +230,7 @@ TEST_F(BatteryLinkTest, LateReplyAnswersTheNextPing) {
     sim::Faults f;
     f.replyDelay = 1500ms;
     module.SetFaults(f);
-    auto r = InBackground(clock, [&] { return link.PingBattery(); });
+    auto r = std::async(std::launch::async, [&] { return link.PingBattery(); });
     ASSERT_TRUE(module.WaitForCommands(bp::PingCommand, 1, 10s));
     ASSERT_TRUE(clock.WaitForWaiters(2));
     clock.Advance(1000ms);

@@ -37,7 +37,7 @@ protected:
         BatteryMonitor::SetExtensiveLogging(false);
     }
     Reading Read() { return ReadStatus(monitor); }
-    uc::ManualClock clock;
+    TestClock clock;
     sim::BatteryModuleSimulator module;
     sim::SimulatorHost host{module, clock};
     BatteryMonitor monitor{clock};
@@ -133,7 +133,7 @@ TEST_F(BatteryMonitorTest, FailedReadKeepsTheSlotAndSkipsCallbackAndBalloon) {
     sim::Faults f;
     f.silent = true;
     module.SetFaults(f);
-    auto r = InBackground(clock, [&] { return Read(); });
+    auto r = std::async(std::launch::async, [&] { return Read(); });
     ASSERT_TRUE(clock.WaitForWaiters(1));
     clock.Advance(2000ms);
     EXPECT_FALSE(r.get().ok);
@@ -168,7 +168,7 @@ TEST_F(BatteryMonitorTest, MonitorWithoutALinkFailsWithoutAsking) {
 
 TEST(BatteryDetect, SilentModuleIsNotDetectedAndThePortIsClosedAgain) {
     UC_REQUIRE_LINES();
-    uc::ManualClock clock;
+    TestClock clock;
     sim::BatteryModuleSimulator module;
     sim::Faults f;
     f.silent = true;
@@ -177,7 +177,7 @@ TEST(BatteryDetect, SilentModuleIsNotDetectedAndThePortIsClosedAgain) {
     const int port = StartSimulator(host, 0, 38400);
     ASSERT_GE(port, 0);
     BatteryMonitor monitor(clock);
-    auto r = InBackground(clock, [&] { return monitor.DetectBatteryOnPort(port); });
+    auto r = std::async(std::launch::async, [&] { return monitor.DetectBatteryOnPort(port); });
     ASSERT_TRUE(module.WaitForCommands(bp::PingCommand, 1, 10s));
     ASSERT_TRUE(clock.WaitForWaiters(1));
     clock.Advance(1000ms);

@@ -68,8 +68,8 @@ TEST_F(CreateTest, ModuleThatDoesNotAnswerTheLookupsPortFallsBackToTheUps) {
     const int port = StartSimulator(host, 0, 38400);
     ASSERT_GE(port, 0);
     devices.AddBatteryBridge(port, host.DevicePath());
-    uc::ManualClock clock;
-    auto created = InBackground(clock, [&] { return IPowerMonitor::Create(clock); });
+    TestClock clock;
+    auto created = std::async(std::launch::async, [&] { return IPowerMonitor::Create(clock); });
     ASSERT_TRUE(clock.WaitForWaiters(1));  // the ping's time-out
     // The ping must have reached the silent module before its time-out runs out.
     ASSERT_TRUE(module.WaitForCommands(uc::power::battery::PingCommand, 1, 10s));

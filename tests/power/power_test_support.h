@@ -3,12 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
-#include <cstdio>
-#include <cstdlib>
+#include <condition_variable>
 #include <future>
+#include <mutex>
 #include <string>
-#include <type_traits>
+#include <thread>
 #include <vector>
 
 #include "platform/clock.h"
@@ -31,6 +32,53 @@ public:
     using BatteryConnection::WaitForAcknowledge;
 };
 
+// The manual clock of a device test, watched. Once threads have waited on it for 5 s of real time while it
+// stood still, the test has failed or is stuck (a passing test never idles that long), so the clock is moved
+// on until nobody waits and the test is failed: a test left early by a failed assertion, or a call that
+// never gets its reply, then ends instead of hanging on a wait nobody would end.
+class TestClock {
+public:
+    TestClock() : m_watch([this] { Watch(); }) {}
+    ~TestClock() {
+        {
+            std::lock_guard<std::mutex> g(m_mutex);
+            m_stop = true;
+        }
+        m_wake.notify_all();
+        m_watch.join();
+        if (m_fired) ADD_FAILURE() << "a call waited on the test clock for good; the clock was moved on to end it";
+    }
+    operator uc::ManualClock&() { return m_clock; }
+    uc::Clock::TimePoint Now() const { return m_clock.Now(); }
+    void Advance(uc::Millis step) { m_clock.Advance(step); }
+    std::size_t Waiters() const { return m_clock.Waiters(); }
+    bool WaitForWaiters(std::size_t count, std::chrono::milliseconds limit = 10s) const {
+        return m_clock.WaitForWaiters(count, limit);
+    }
+
+private:
+    void Watch() {
+        auto seen = m_clock.Now();
+        auto since = std::chrono::steady_clock::now();
+        std::unique_lock<std::mutex> lock(m_mutex);
+        while (!m_wake.wait_for(lock, 10ms, [this] { return m_stop; })) {
+            if (m_clock.Waiters() == 0 || m_clock.Now() != seen) {
+                seen = m_clock.Now();
+                since = std::chrono::steady_clock::now();
+            } else if (m_fired || std::chrono::steady_clock::now() - since > 5s) {
+                m_fired = true;
+                m_clock.Advance(1s);
+            }
+        }
+    }
+    uc::ManualClock m_clock;
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    bool m_stop = false;
+    std::atomic<bool> m_fired{false};
+    std::thread m_watch;
+};
+
 // A future that must become ready without anyone advancing the clock: bounded in real time.
 template <class T>
 bool ReadySoon(std::future<T>& f, std::chrono::milliseconds limit = 10s) {
@@ -39,35 +87,6 @@ bool ReadySoon(std::future<T>& f, std::chrono::milliseconds limit = 10s) {
 template <class T>
 bool StillWaiting(std::future<T>& f) {
     return f.wait_for(0ms) == std::future_status::timeout;
-}
-
-// A call running on another thread while the test drives `clock`. A test that leaves early (a failed
-// assertion) would otherwise hang in the future's destructor on a wait nobody ends: the destructor moves
-// the clock on past every deadline until the call returns, so the test fails instead.
-template <class T>
-class Background : public std::future<T> {
-public:
-    Background(uc::ManualClock& clock, std::future<T> f) : std::future<T>(std::move(f)), m_clock(&clock) {}
-    Background(Background&&) noexcept = default;
-    Background& operator=(Background&&) noexcept = default;
-    ~Background() {
-        const auto end = std::chrono::steady_clock::now() + 10s;
-        while (this->valid() && this->wait_for(1ms) != std::future_status::ready) {
-            if (std::chrono::steady_clock::now() > end) {
-                std::fputs("a background call outlived every time-out; aborting\n", stderr);
-                std::abort();
-            }
-            m_clock->Advance(1s);
-        }
-    }
-
-private:
-    uc::ManualClock* m_clock;
-};
-template <class F>
-auto InBackground(uc::ManualClock& clock, F&& call) {
-    using T = std::invoke_result_t<std::decay_t<F>&>;
-    return Background<T>(clock, std::async(std::launch::async, std::forward<F>(call)));
 }
 
 // Polls a condition in real time, for state another thread reaches (never a fixed sleep).

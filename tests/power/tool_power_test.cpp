@@ -70,7 +70,8 @@ TEST_F(PowerCommandTest, EveryCommandRefusesWhatItDoesNotKnowWithItsUsage) {
         {L"power"}, {L"power", L"explode"}, {L"power", L"detect", L"--bogus"}, {L"power", L"status", L"--sysf", L"/x"},
         {L"power", L"status", L"stray"}, {L"power", L"watch", L"--count"}, {L"power", L"detect", L"--port", L"x"},
         {L"power", L"detect", L"--only", L"moon"}, {L"power", L"simulate", L"toaster"}, {L"power", L"detect", L"--log"},
-        {L"power", L"simulate", L"ups", L"--garbage", L"zz"}, {L"power", L"simulate", L"ups", L"--bogus"}};
+        {L"power", L"simulate", L"ups", L"--for", L"0", L"--garbage", L"zz"},  // (a simulator ignoring its bad option
+        {L"power", L"simulate", L"ups", L"--for", L"0", L"--bogus"}};         // stops at once, so the test fails)
     for (const auto& args : bad) {
         const Result r = RunTool(args);
         EXPECT_EQ(r.code, 2) << args.back();

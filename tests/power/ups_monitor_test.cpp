@@ -41,7 +41,7 @@ protected:
     Reading Read() { return ReadStatus(*monitor); }
 
     ProfileSandbox profile;
-    uc::ManualClock clock;
+    TestClock clock;
     sim::UpsSimulator ups;
     sim::SimulatorHost host{ups, clock};
     std::unique_ptr<OpenUpsMonitor> monitor;
@@ -108,7 +108,7 @@ TEST_F(UpsTest, ThreeReadsAreAveragedAndATimeOutIsSkipped) {
     ups.QueueReply('B', "60");
     ups.QueueReply('B', std::nullopt);
     const int before = ups.CommandsReceived('B');
-    auto r = InBackground(clock, [&] { return Read(); });
+    auto r = std::async(std::launch::async, [&] { return Read(); });
     ASSERT_TRUE(ups.WaitForCommands('B', before + 3, 10s));
     ASSERT_TRUE(clock.WaitForWaiters(1));
     clock.Advance(2000ms);
@@ -149,7 +149,7 @@ TEST_F(UpsTest, ReplyWithoutCarriageReturnTimesOut) {
     sim::Faults f;
     f.wrongEnd = true;  // no carriage return
     ups.SetFaults(f);
-    auto r = InBackground(clock, [&] { return monitor->GetPowerSource(); });
+    auto r = std::async(std::launch::async, [&] { return monitor->GetPowerSource(); });
     ASSERT_TRUE(ups.WaitForCommands('P', 2, 10s));
     // The "1" without its carriage return wakes the caller, who then waits again: advance until it gives up.
     int advances = 0;
@@ -167,7 +167,7 @@ TEST_F(UpsTest, SplitRepliesAreJoined) {
     f.splitDelay = 10ms;
     ups.SetFaults(f);
     ups.SetLevel(77);
-    auto r = InBackground(clock, [&] { return monitor->GetBatteryLevel(IPowerMonitor::PowerLine); });
+    auto r = std::async(std::launch::async, [&] { return monitor->GetBatteryLevel(IPowerMonitor::PowerLine); });
     // Release each held-back second part; the reader's own 2000 ms time-out is never reached this way.
     while (!ReadySoon(r, 1ms))
         if (host.PendingOutputs() > 0 && clock.Waiters() >= 2) clock.Advance(10ms);
@@ -192,7 +192,7 @@ TEST_F(UpsTest, ChattyUpsNeverHangsAQuery) {
     for (int i = 0; i < 10; ++i) host.Inject({'x', 'y', 'z', 'w'});
     ASSERT_TRUE(monitor->m_connection.WaitForReceivedCount(before + 40, 10s));
     // The first reading drops the chatter as a too-long reply at once, without waiting for a time-out.
-    auto r = InBackground(clock, [&] { return Read(); });
+    auto r = std::async(std::launch::async, [&] { return Read(); });
     ASSERT_TRUE(ReadySoon(r)) << "a chatty line must not hold a reading until the clock runs out";
     const Reading first = r.get();
     EXPECT_FALSE(first.ok);
@@ -240,9 +240,9 @@ TEST_F(UpsTest, LastConstructedMonitorIsTheRegisteredOneEvenWithItsPortClosed) {
 
 TEST_F(UpsTest, ConcurrentCallersAreSerialisedByTheCommandLock) {
     ups.SetLevel(64);
-    std::vector<Background<Reading>> readers;
-    for (int i = 0; i < 3; ++i) readers.push_back(InBackground(clock, [&] { return Read(); }));
-    auto stop = InBackground(clock, [&] { return CUPSMonitor::ShutdownUPS(); });
+    std::vector<std::future<Reading>> readers;
+    for (int i = 0; i < 3; ++i) readers.push_back(std::async(std::launch::async, [&] { return Read(); }));
+    auto stop = std::async(std::launch::async, [&] { return CUPSMonitor::ShutdownUPS(); });
     for (auto& r : readers) {
         ASSERT_TRUE(ReadySoon(r));
         Reading got = r.get();
@@ -266,7 +266,7 @@ TEST_F(UpsTest, TerminateClosesAndLogs) {
 TEST(UpsHandshake, SilentPortIsClosedAgainWithItsLogLines) {
     UC_REQUIRE_LINES();
     ProfileSandbox profile;
-    uc::ManualClock clock;
+    TestClock clock;
     sim::UpsSimulator ups;
     sim::Faults f;
     f.silent = true;
@@ -277,7 +277,7 @@ TEST(UpsHandshake, SilentPortIsClosedAgainWithItsLogLines) {
     OpenUpsMonitor monitor(clock);
     monitor.SetSettleTime(25ms);
     zelLogger::Instance().ClearEntries();
-    auto r = InBackground(clock, [&] { return monitor.TestUPSPort(port); });
+    auto r = std::async(std::launch::async, [&] { return monitor.TestUPSPort(port); });
     ASSERT_TRUE(clock.WaitForWaiters(1));
     EXPECT_EQ(ups.CommandsReceived('P'), 0) << "the UPS is given 25 ms to settle first";
     clock.Advance(25ms);
@@ -300,7 +300,7 @@ using namespace uc::test;
 TEST(UpsLink, BytesFromAPortTriedBeforeAreNotTakenAsTheNextPortsReply) {
     UC_REQUIRE_LINES();
     ProfileSandbox profile;
-    uc::ManualClock clock;
+    TestClock clock;
     uc::power::sim::UpsSimulator noisy, real;
     noisy.SetFaults({});
     uc::power::sim::SimulatorHost noisyHost(noisy, clock), realHost(real, clock);
