@@ -59,29 +59,6 @@ void ClickWithMouseMessages(HWND hwnd) {
     ::SendMessageW(hwnd, WM_LBUTTONUP, 0, at);
 }
 
-void ClickWithSendInput(HWND hwnd) {
-    RECT r{};
-    ::GetWindowRect(hwnd, &r);
-    ::SetCursorPos((r.left + r.right) / 2, (r.top + r.bottom) / 2);
-    INPUT in[2] = {};
-    in[0].type = in[1].type = INPUT_MOUSE;
-    in[0].mi.dwFlags = MOUSEEVENTF_LEFTDOWN;
-    in[1].mi.dwFlags = MOUSEEVENTF_LEFTUP;
-    ::SendInput(2, in, sizeof(INPUT));
-}
-
-void PressAltF4() {
-    INPUT in[4] = {};
-    for (INPUT& i : in) i.type = INPUT_KEYBOARD;
-    in[0].ki.wVk = VK_MENU;
-    in[1].ki.wVk = VK_F4;
-    in[2].ki.wVk = VK_F4;
-    in[2].ki.dwFlags = KEYEVENTF_KEYUP;
-    in[3].ki.wVk = VK_MENU;
-    in[3].ki.dwFlags = KEYEVENTF_KEYUP;
-    ::SendInput(4, in, sizeof(INPUT));
-}
-
 namespace {
 void CALLBACK Watchdog(HWND hwnd, UINT, UINT_PTR id, DWORD) {
     ::KillTimer(hwnd, id);

@@ -32,10 +32,6 @@ inline std::uint32_t Rgb(COLORREF c) { return (static_cast<std::uint32_t>(GetRVa
 
 // Left click at the centre of `hwnd` through mouse messages (down, up) sent one after the other.
 void ClickWithMouseMessages(HWND hwnd);
-// Left click at the centre of `hwnd` through SendInput (moves the real pointer).
-void ClickWithSendInput(HWND hwnd);
-// Alt+F4 through SendInput.
-void PressAltF4();
 
 // What a modal dialog under test returns when its watchdog ended it.
 inline constexpr INT_PTR kWatchdogResult = -77;

@@ -62,7 +62,7 @@ TEST_F(MessageBoxTest, PromptKeepsOkDisabledForItsDelayThenEnablesItOnce) {
     EXPECT_EQ(prompt.DoModal(), IDOK);
 }
 
-TEST_F(MessageBoxTest, PromptWithoutDelayStartsEnabledAndShowsTheMessageAsGiven) {
+TEST_F(MessageBoxTest, PromptWithoutDelayShowsTheMessageAsGivenNeverSelected) {
     uc::ui::ScopedTimerService use(timers);
     uc::SetLocalisedString("CALIBRATE TOUCH SCREEN", L"TOUCH-KALIBRIERUNG");
     uc::SetLocalisedString("OK", L"Gut");
@@ -72,41 +72,19 @@ TEST_F(MessageBoxTest, PromptWithoutDelayStartsEnabledAndShowsTheMessageAsGiven)
     prompt.steps = [&](TestPrompt& self) {
         EXPECT_TRUE(::IsWindowEnabled(self.Item(IDOK)));
         EXPECT_FALSE(timers.Running(self.GetHwnd(), 1));
-        EXPECT_EQ(uc::test::TextOf(self.Item(IDC_TXTMESSAGE)), L"OK");
+        HWND text = self.Item(IDC_TXTMESSAGE);
+        EXPECT_EQ(uc::test::TextOf(text), L"OK");
         EXPECT_EQ(uc::test::TextOf(self.Item(IDOK)), L"Gut");
         EXPECT_EQ(uc::test::TextOf(self.Item(uc::ui::kTitleLabelId)), L"TOUCH-KALIBRIERUNG")
             << "the title is always the calibration title, translated";
-        self.EndDialog(IDOK);
-    };
-    EXPECT_EQ(prompt.DoModal(), IDOK);
-}
-
-TEST_F(MessageBoxTest, ClickingIntoTheTextNeverLeavesASelection) {
-    TestPrompt prompt;
-    prompt.SetMessage(L"A message long enough to be selected");
-    prompt.steps = [](TestPrompt& self) {
-        HWND text = self.Item(IDC_TXTMESSAGE);
+        // Focus coming into the text area drops any selection.
         ::SendMessageW(text, EM_SETSEL, 0, -1);
         ::SetFocus(self.Item(IDOK));
         ::SetFocus(text);
         DWORD start = 0, end = 0;
         ::SendMessageW(text, EM_GETSEL, reinterpret_cast<WPARAM>(&start), reinterpret_cast<LPARAM>(&end));
-        EXPECT_EQ(start, end) << "no selection after the text area gets the focus";
+        EXPECT_EQ(start, end);
         self.EndDialog(IDOK);
-    };
-    EXPECT_EQ(prompt.DoModal(), IDOK);
-}
-
-TEST_F(MessageBoxTest, PromptClosesOnARealClickOnOk) {
-    // Away from the screen's centre, where other test programs' dialogs and please-wait boxes appear.
-    utilsExam::SetDialogRect({900, 700, 1280, 1024});
-    TestPrompt prompt;
-    prompt.SetMessage(L"Click OK");
-    prompt.steps = [](TestPrompt& self) {
-        ::ShowWindow(self.GetHwnd(), SW_SHOW);
-        ::SetForegroundWindow(self.GetHwnd());
-        ::UpdateWindow(self.GetHwnd());
-        uc::test::ClickWithSendInput(self.Item(IDOK));
     };
     EXPECT_EQ(prompt.DoModal(), IDOK);
 }
@@ -142,11 +120,7 @@ TEST_F(MessageBoxTest, BoxShowsOnlyAfterItsDelayAndThenAnimates) {
     EXPECT_FALSE(timers.Running(box, 1));
     EXPECT_EQ(timers.Period(box, 2), 100u);
     timers.Advance(100);
-    EXPECT_EQ(t->Box().m_barOffset, 10);
-    timers.Advance(3900);
-    EXPECT_EQ(t->Box().m_barOffset, 400);
-    timers.Advance(100);
-    EXPECT_EQ(t->Box().m_barOffset, -400) << "after 400 comes -400";
+    EXPECT_EQ(t->Box().m_barOffset, 10) << "animated by the second timer";
     t->Stop();
     EXPECT_FALSE(::IsWindow(box));
 }
@@ -178,12 +152,8 @@ TEST_F(MessageBoxTest, HeightMultipliesTheTextHeightByTheLineCount) {
     EXPECT_EQ(r1.right - r1.left, 420);
     const int h1 = r1.bottom - r1.top;
     const int line = h1 - 55 - 10;  // DrawText's height of one line
-    EXPECT_GT(line, 3);
-    EXPECT_LT(line, 40);
     EXPECT_EQ(r1.left, (::GetSystemMetrics(SM_CXSCREEN) - 420) / 2);
     EXPECT_EQ(r1.top, (::GetSystemMetrics(SM_CYSCREEN) - h1) / 2);
-    EXPECT_EQ(one->Box().m_text, L"One line");
-    EXPECT_EQ(uc::test::TextOf(box1), L"One line");
 
     auto five = NewBox(L"1\n2\n3\n4\n5", 60000);
     ASSERT_TRUE(five->Start());
@@ -197,8 +167,7 @@ TEST_F(MessageBoxTest, HeightMultipliesTheTextHeightByTheLineCount) {
     auto wrapped = NewBox(longText.c_str(), 60000);
     ASSERT_TRUE(wrapped->Start());
     WaitForBox(*wrapped);
-    const std::wstring& text = wrapped->Box().m_text;
-    EXPECT_NE(text.find(L'\n'), std::wstring::npos);
+    EXPECT_NE(wrapped->Box().m_text.find(L'\n'), std::wstring::npos);
 }
 
 TEST_F(MessageBoxTest, MessageFromTheResourceModule) {
