@@ -32,10 +32,11 @@ public:
     using BatteryConnection::WaitForAcknowledge;
 };
 
-// The manual clock of a device test, watched. Once threads have waited on it for 5 s of real time while it
-// stood still, the test has failed or is stuck (a passing test never idles that long), so the clock is moved
-// on until nobody waits and the test is failed: a test left early by a failed assertion, or a call that
-// never gets its reply, then ends instead of hanging on a wait nobody would end.
+// The manual clock of a device test, watched. Once threads have waited on it for 20 s of real time while it
+// stood still, the test has failed or is stuck (a passing test never idles that long, even on a loaded machine
+// under ThreadSanitizer), so the clock is moved on until nobody waits and the test is failed: a test left early
+// by a failed assertion, or a call that never gets its reply, then ends instead of hanging on a wait nobody
+// would end.
 class TestClock {
 public:
     TestClock() : m_watch([this] { Watch(); }) {}
@@ -65,7 +66,7 @@ private:
             if (m_clock.Waiters() == 0 || m_clock.Now() != seen) {
                 seen = m_clock.Now();
                 since = std::chrono::steady_clock::now();
-            } else if (m_fired || std::chrono::steady_clock::now() - since > 5s) {
+            } else if (m_fired || std::chrono::steady_clock::now() - since > 20s) {
                 m_fired = true;
                 m_clock.Advance(1s);
             }
